@@ -1,0 +1,30 @@
+# ql_add_tests(NAME sources... [OBJECTS] [LIBRARIES libraries...]): a test program that drives the built library,
+# or, with OBJECTS, its object files. Every test runs in a process of its own, in a private root (see
+# tests/testing/with_private_root.c), so that /home/quillon and /libwlt.so are the test's own.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+find_program(QL_HOST_CC NAMES cc gcc REQUIRED NO_CMAKE_FIND_ROOT_PATH)
+set(QL_PRIVATE_ROOT ${PROJECT_BINARY_DIR}/with-private-root)
+add_custom_command(OUTPUT ${QL_PRIVATE_ROOT}
+  COMMAND ${QL_HOST_CC} -std=gnu11 -O1 -Wall -Wextra -Werror -o ${QL_PRIVATE_ROOT}
+          ${PROJECT_SOURCE_DIR}/tests/testing/with_private_root.c
+  DEPENDS ${PROJECT_SOURCE_DIR}/tests/testing/with_private_root.c)
+add_custom_target(private-root DEPENDS ${QL_PRIVATE_ROOT})
+
+function(ql_add_tests name)
+  cmake_parse_arguments(arg "OBJECTS" "" "LIBRARIES" ${ARGN})
+  add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
+  if(arg_OBJECTS)
+    target_link_libraries(${name} PRIVATE quillonid_objects)
+  else()
+    target_link_libraries(${name} PRIVATE quillonid)
+  endif()
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+  target_link_libraries(${name} PRIVATE ql_warnings quillonid_testing ${arg_LIBRARIES} GTest::gtest
+                                        GTest::gtest_main)
+  add_dependencies(${name} private-root)
+  set_target_properties(${name} PROPERTIES
+    CROSSCOMPILING_EMULATOR "${QL_PRIVATE_ROOT};${CMAKE_CROSSCOMPILING_EMULATOR}")
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()

@@ -1,0 +1,182 @@
+/* SPDX-License-Identifier: MIT */
+/** @file
+ *  Card data: native data to records, nation and country names, conversions between records, JSON,
+ *  text encodings.
+ *
+ *  Native data is the card module's whole read reply: 1,295 bytes, or 1,297 or 2,321 for a read
+ * with fingerprints. A read mode of 0 means without fingerprints, 1 with. The parsers look at
+ * lengths inside the data, so pass a zero-filled buffer of #QL_NATIVE_DATA_SIZE bytes. */
+#ifndef QUILLONID_CARDDATA_H
+#define QUILLONID_CARDDATA_H
+
+#include <stdint.h>
+
+#include "quillonid/records.h"
+
+QL_BEGIN_DECLS
+
+/** Size of a native data buffer in bytes. */
+#define QL_NATIVE_DATA_SIZE 4096
+/** Size that holds every JSON text of this library, in bytes. */
+#define QL_JSON_SIZE 8192
+
+/** @name Native data to records
+ *  @{ */
+
+/** Card kind: 0 resident, 1 foreigner, 2 Hong Kong/Macau/Taiwan permit, negative unknown. */
+QL_API int GetIdCardTypeFromNativeData(int nType, const unsigned char* native);
+
+/** Fill a zero-filled record. Return 0 or a negative result. */
+QL_API int GetPersonChinaInfo(int nType, const unsigned char* native, PERSONINFO_CHA_FP* record);
+/** @copydoc GetPersonChinaInfo */
+QL_API int GetPersonForeignInfo(int nType, const unsigned char* native, PERSONINFO_FOR_FP* record);
+/** @copydoc GetPersonChinaInfo */
+QL_API int GetPersonGATInfo(int nType, const unsigned char* native, PERSONINFO_GAT_FP* record);
+/** The same into the combined record; `bForeigner` 0 reads a resident card, else a foreigner's. */
+QL_API int GetPersonInfo(int bForeigner, int nType, const unsigned char* native,
+                         PERSONINFO_FP* record);
+
+/** Converts one field of `nLen` bytes UCS-2 little-endian (at most 256) to UTF-8 in `dest` of
+ *  `nDesLen` bytes. With `bRaw` zero a text that fills the field loses its trailing blanks. Returns
+ *  `nLen`, or -1 when nothing was converted. */
+QL_API int GetPersonParam(const unsigned char* source, char* dest, int nDesLen, int nLen, int bRaw);
+
+/** Parse the text block at `offset` of the native data. Return 0 or a negative result. */
+QL_API int IdChinaParam(const unsigned char* native, int offset, PERSONINFO_CHA_FP* record);
+/** @copydoc IdChinaParam */
+QL_API int IdForeignParam(const unsigned char* native, int offset, PERSONINFO_FOR_FP* record);
+/** @copydoc IdChinaParam */
+QL_API int IdGatParam(const unsigned char* native, int offset, PERSONINFO_GAT_FP* record);
+/** A resident text block into the combined record. */
+QL_API int IdParam_FP(const unsigned char* native, int offset, PERSONINFO_FP* record);
+/** As IdGatParam(); with `total` above 1,297 also converts two 512-byte pieces behind the text. */
+QL_API int IdGATParam_FP(int total, const unsigned char* native, int offset,
+                         PERSONINFO_GAT_FP* record);
+
+/** Writes "男" or "女" (UTF-8, at most 8 bytes with the zero). Returns 0. */
+QL_API int tFuncGetSex(const char* sexCode, char* dest);
+
+/** Writes the two fingerprint templates as hexadecimal text, 1,025 bytes each. */
+QL_API void tFuncGetFpTemplate(const unsigned char* native, char* first, char* second);
+/** The same into a permit record. */
+QL_API void GetGATFpTemplate(const unsigned char* native, PERSONINFO_GAT_FP* record);
+/** @} */
+
+/** @name Nation and country names
+ *  @{ */
+
+/** Name of an ethnic group (GB/T 3304 code 1 to 56, 97, 98) in UTF-8, at most `limit` bytes with
+ * the zero; empty for other codes. */
+QL_API void GetNation(int code, char* dest, int limit);
+
+/** Name of a country by its three-letter code (ISO 3166-1 alpha-3, withdrawn codes included) in
+ *  UTF-8, at most 48 bytes without a terminating zero; unknown codes write nothing. */
+QL_API void GetCountry(const char* code, char* dest);
+/** @} */
+
+/** @name Conversions between records
+ *  Copies the text of same-named fields without clearing the destination, which the caller passes
+ *  zero-filled. Null gives -2004.
+ *  @{ */
+QL_API int tFuncConvertChinaFp(const PERSONINFO_CHA_FP* source,
+                               PERSONINFO_CHA* dest); /**< drops the templates */
+QL_API int tFuncConvertChina(const PERSONINFO_CHA* source,
+                             PERSONINFO_CHA_FP* dest); /**< leaves the templates */
+QL_API int tFuncConvertForeignFp(const PERSONINFO_FOR_FP* source,
+                                 PERSONINFO_FOR* dest); /**< drops the templates */
+QL_API int tFuncConvertForeign(const PERSONINFO_FOR* source,
+                               PERSONINFO_FOR_FP* dest); /**< leaves the templates */
+QL_API int tFuncConvertGatFp(const PERSONINFO_GAT_FP* source,
+                             PERSONINFO_GAT* dest); /**< drops the templates */
+QL_API int tFuncConvertGat(const PERSONINFO_GAT* source,
+                           PERSONINFO_GAT_FP* dest); /**< leaves the templates */
+QL_API int tFuncConvertCollectFp(const PERSONINFO_COLLECT_FP* source,
+                                 PERSONINFO_COLLECT* dest); /**< drops the templates */
+QL_API int tFuncConvertCollect(const PERSONINFO_COLLECT* source,
+                               PERSONINFO_COLLECT_FP* dest); /**< leaves the templates */
+QL_API int tFuncConvertPerson(const PERSONINFO* source,
+                              PERSONINFO_FP* dest); /**< leaves templates and `personType` */
+QL_API int tFuncConvertPersonFp(const PERSONINFO_FP* source,
+                                PERSONINFO* dest); /**< drops the templates, copies `personType` */
+
+/** Resident or foreigner's record to the combined one, or back when neither has a name. Returns 0
+ * or -1. */
+QL_API int ConverStruct(PERSONINFO_CHA_FP* china, PERSONINFO_FOR_FP* foreign,
+                        PERSONINFO_FP* person);
+
+/** The first record given, to the collect record. Returns 0. */
+QL_API int tFuncConvertStruct2Collect(const PERSONINFO_CHA_FP* china,
+                                      const PERSONINFO_FOR_FP* foreign,
+                                      const PERSONINFO_GAT_FP* gat, PERSONINFO_COLLECT_FP* collect);
+/** @} */
+
+/** @name JSON (RFC 8259, UTF-8)
+ *  Output buffers hold #QL_JSON_SIZE bytes and are passed zero-filled: only
+ *  tFuncPackCollectJson() writes a terminating zero.
+ *  @{ */
+QL_API int tFuncPackChinaJson(PERSONINFO_CHA_FP record, char* out);   /**< returns 0 */
+QL_API int tFuncPackForeignJson(PERSONINFO_FOR_FP record, char* out); /**< returns 0 */
+QL_API int tFuncPackGATJson(PERSONINFO_GAT_FP record, char* out);     /**< returns 0 */
+/** Packs any kind. Returns 0, or -1 when the photo was asked for and there is none. */
+QL_API int tFuncPackCollectJson(const PERSONINFO_COLLECT_FP* record, char* out);
+
+/** Copies the text of `key` with its zero to `dest`, however long it is. Returns 0, -2 when the
+ * text is no JSON or has no such key, -2004 when the value is no string. */
+QL_API int tFuncGetStringFromJson(const char* json, const char* key, char* dest);
+
+QL_API int tFuncConvertJsontoChinaStruct(
+    const char* json, PERSONINFO_CHA_FP* record); /**< returns 0; missing keys leave their field */
+QL_API int tFuncConvertJsontoForeignStruct(
+    const char* json, PERSONINFO_FOR_FP* record); /**< returns 0; missing keys leave their field */
+QL_API int tFuncConvertJsontoGatStruct(
+    const char* json, PERSONINFO_GAT_FP* record); /**< returns 0; missing keys leave their field */
+QL_API int tFuncConvertJsontoCollectStruct(
+    const char* json,
+    PERSONINFO_COLLECT_FP* record); /**< returns 0; missing keys leave their field */
+
+/** Reads a JSON text into the record of its "CardType". Returns 0 resident, 1 foreigner, 2 permit,
+ * or a negative result. */
+QL_API int tFuncConvertIdInfotoStruct(const char* json, PERSONINFO_CHA* china,
+                                      PERSONINFO_FOR* foreign, PERSONINFO_GAT* gat);
+
+/** Packs every record given into `out`, one over the other. Returns 0 or a negative result. */
+QL_API int tFuncConvertIdInfoStruct(const PERSONINFO_CHA_FP* china,
+                                    const PERSONINFO_FOR_FP* foreign, const PERSONINFO_GAT_FP* gat,
+                                    const PERSONINFO_FP* person,
+                                    const PERSONINFO_COLLECT_FP* collect, char* out);
+
+/** Non-zero: the next packer adds the photo of the last read under "PhotoNativeData". */
+QL_API int tFunc_SetAddPhotoDataToJsonFlag(int bFlag);
+/** Does nothing and returns 0. */
+QL_API int tFunc_SetAddNativeDataToJsonFlag(void);
+/** @} */
+
+/** @name Text encodings
+ *  UCS-2 is little-endian; GBK is code page 936.
+ *  @{ */
+
+/** UCS-2 to UTF-8. The output is limited to `destSize` - 1 bytes, tested after each character, so
+ *  that two bytes more may be written: provide `destSize` + 2. Returns the code units converted. */
+QL_API int UnicodeToUTF8(const unsigned char* source, int sourceLen, char* dest, int destSize);
+
+/** GBK text of at most 255 bytes to UTF-8; limits as UnicodeToUTF8(). */
+QL_API void GBKToUTF8(const char* source, char* dest, int destSize);
+
+/** GBK text to at most `max` UCS-2 units, without a terminator. With `dest` null counts. Returns
+ * the units, or -1 for a null source. */
+QL_API int GbkToUcs2(uint16_t* dest, const char* source, int max);
+
+/** Zero-terminated UCS-2 to GBK. With `dest` null counts. Returns the bytes, or -1 for a null
+ *  source. */
+QL_API int Ucs2ToGbk(char* dest, const uint16_t* source, int destSize);
+
+/** Units before the terminating zero. */
+QL_API int Ucs2Len(const uint16_t* text);
+
+QL_API int UnicodeToAnsi(int value); /**< returns its argument */
+QL_API int GbkToUnicode(int value);  /**< returns its argument */
+/** @} */
+
+QL_END_DECLS
+
+#endif

@@ -1,0 +1,37 @@
+#include "support/clock.h"
+
+namespace {
+
+timespec Now(clockid_t clock) {
+  timespec now = {};
+  clock_gettime(clock, &now);
+  return now;
+}
+
+std::int64_t Milliseconds(const timespec& time) {
+  return std::int64_t{time.tv_sec} * 1000 + time.tv_nsec / 1'000'000;
+}
+
+}  // namespace
+
+std::int64_t MonotonicMilliseconds() { return Milliseconds(Now(CLOCK_MONOTONIC)); }
+
+std::int64_t MonotonicSeconds() { return Now(CLOCK_MONOTONIC).tv_sec; }
+
+timespec WallClock() { return Now(CLOCK_REALTIME); }
+
+std::int64_t WallMilliseconds() { return Milliseconds(WallClock()); }
+
+void Nap(std::int64_t milliseconds) { NapMicroseconds(milliseconds * 1000); }
+
+void NapMicroseconds(std::int64_t microseconds) {
+  if (microseconds <= 0) return;
+  const timespec length = {static_cast<time_t>(microseconds / 1'000'000),
+                           static_cast<long>(microseconds % 1'000'000 * 1000)};
+  nanosleep(&length, nullptr);
+}
+
+void NapRestOfSlice(std::int64_t started, std::int64_t least, std::int64_t slice) {
+  const std::int64_t taken = MonotonicMilliseconds() - started;
+  if (taken < least) Nap(slice - taken);
+}
