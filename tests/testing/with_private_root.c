@@ -106,7 +106,7 @@ int main(int argc, char** argv) {
       fprintf(stderr, "with-private-root: no private root here (%s)\n", problem);
     }
   }
-  execv(argv[1], argv + 1);
+  execvp(argv[1], argv + 1);
   fprintf(stderr, "with-private-root: %s: %s\n", argv[1], strerror(errno));
   return 127;
 }
