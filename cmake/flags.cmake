@@ -14,7 +14,7 @@ set(QL_LIBRARY_FLAGS
 set(QL_LIBRARY_LINK_FLAGS LINKER:-Bsymbolic-functions LINKER:--as-needed LINKER:-z,relro)
 option(QL_PARTIAL "Link the library although some of its layers are missing" OFF)
 if(QL_PARTIAL)
-  add_link_options(LINKER:--unresolved-symbols=ignore-all LINKER:-z,lazy)
+  add_link_options(LINKER:--unresolved-symbols=ignore-all LINKER:-z,lazy LINKER:--export-dynamic)
 else()
   list(APPEND QL_LIBRARY_LINK_FLAGS LINKER:-z,now LINKER:-z,defs)
 endif()
