@@ -7,10 +7,14 @@
 #include <cstddef>
 #include <cstdint>
 
+// Has no definition: a call that is evaluated at compile time is an error that names the reason.
+void HexTextIsNotUpperCasePairsSeparatedByOneBlank();
+
 consteval std::uint8_t HexNibble(char c) {
   if (c >= '0' && c <= '9') return static_cast<std::uint8_t>(c - '0');
   if (c >= 'A' && c <= 'F') return static_cast<std::uint8_t>(c - 'A' + 10);
-  throw "upper-case hexadecimal digits, pairs separated by one blank";
+  HexTextIsNotUpperCasePairsSeparatedByOneBlank();
+  return 0;
 }
 
 template <std::size_t kSize>
@@ -19,7 +23,9 @@ consteval auto Hex(const char (&text)[kSize]) {
   std::array<std::uint8_t, kSize / 3> bytes{};
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     bytes[i] = static_cast<std::uint8_t>(HexNibble(text[3 * i]) << 4 | HexNibble(text[3 * i + 1]));
-    if (i + 1 < bytes.size() && text[3 * i + 2] != ' ') throw "one blank between pairs";
+    if (i + 1 < bytes.size() && text[3 * i + 2] != ' ') {
+      HexTextIsNotUpperCasePairsSeparatedByOneBlank();
+    }
   }
   return bytes;
 }

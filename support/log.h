@@ -26,4 +26,7 @@ enum LogLevel : int {
 #define LOG_CARD_RESULT(failed, ...) DPrintLogToFileAddType((failed) ? 1 : 0, kLogCard, __VA_ARGS__)
 #define LOG_API_RESULT(failed, ...) DPrintLogToFileAddType((failed) ? 1 : 0, kLogApi, __VA_ARGS__)
 
+// A text argument of a log line; null shows as "(null)".
+inline const char* PrintableText(const char* text) { return text != nullptr ? text : "(null)"; }
+
 #endif
