@@ -1,0 +1,52 @@
+// The commands of qlid and what they take from the command line. Each returns the exit status.
+#ifndef QUILLONID_TOOLS_QLID_COMMANDS_H
+#define QUILLONID_TOOLS_QLID_COMMANDS_H
+
+#include <optional>
+#include <string>
+
+#include "tools/qlid/reading.h"
+
+namespace qlid {
+
+struct OutputOptions {
+  bool json = false;
+  bool redact = false;
+  std::string photo;   // BMP or PNG file; empty: none
+  std::string native;  // file for the read reply; empty: none
+};
+
+struct ReadOptions {
+  ReadRequest request;
+  std::string kind = "any";
+  OutputOptions output;
+};
+int ReadCommand(const ReadOptions& options);
+
+struct DecodeOptions {
+  std::string file;
+  OutputOptions output;
+};
+int DecodeCommand(const DecodeOptions& options);
+
+struct SimulateOptions {
+  std::string card = "resident";
+  std::string person;
+  bool fingerprints = false;
+  std::string fault;
+  std::string link;  // a symbolic link to the tty, made and removed
+  bool trace = false;
+};
+int SimulateCommand(const SimulateOptions& options);
+
+struct DemoOptions {
+  std::string card = "resident";
+  std::string photo = "specimen.bmp";
+};
+int DemoCommand(const DemoOptions& options);
+
+int ExplainCommand(const std::string& code);
+
+}  // namespace qlid
+
+#endif

@@ -1,0 +1,202 @@
+// qlid: the command line. This file alone knows the argument library.
+#include <CLI/CLI.hpp>
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+
+#include "tools/qlid/commands.h"
+#include "tools/qlid/report.h"
+#include "tools/qlid/results.h"
+#include "tools/qlid/terminal.h"
+
+namespace qlid {
+namespace {
+
+struct CommandLine {
+  ReadOptions read;
+  DecodeOptions decode;
+  SimulateOptions simulate;
+  DemoOptions demo;
+  std::string explain;
+  std::string language;
+  std::string color = "auto";
+};
+
+const std::vector<std::string> kKinds = {"any", "resident", "foreigner", "permit", "gat"};
+const std::vector<std::string> kCards = {"resident", "foreigner", "permit", "gat"};
+
+void AddOutput(CLI::App* command, OutputOptions* output) {
+  command->add_flag("--json", output->json,
+                    "One JSON document on standard output, on success and on failure");
+  command->add_flag("--redact", output->redact, "Mask what identifies the holder");
+  command->add_option("--photo", output->photo, "Write the photo to this file (.bmp or .png)")
+      ->type_name("FILE");
+}
+
+void AddDemo(CLI::App& app, CommandLine* line) {
+  CLI::App* demo = app.add_subcommand("demo", "See a specimen card read, no hardware needed");
+  demo->add_option("--card", line->demo.card, "Specimen card")
+      ->check(CLI::IsMember(kCards))
+      ->capture_default_str();
+  demo->add_option("--photo", line->demo.photo, "Write the photo to this BMP file")
+      ->type_name("FILE")
+      ->capture_default_str();
+}
+
+void AddRead(CLI::App& app, CommandLine* line) {
+  CLI::App* read = app.add_subcommand("read", "Read a card");
+  ReadRequest& request = line->read.request;
+  read->add_option("--device,-d", request.device,
+                   "\"HID\" for a USB reader, or a serial port such as /dev/ttyUSB0")
+      ->envname("QLID_DEVICE")
+      ->capture_default_str();
+  read->add_option("--baud,-b", request.baud, "Serial speed in bit/s")
+      ->envname("QLID_BAUD")
+      ->capture_default_str();
+  read->add_option("--timeout,-t", request.timeout, "Limit of the read in seconds")
+      ->envname("QLID_TIMEOUT")
+      ->check(CLI::Range(1, 120))
+      ->capture_default_str();
+  read->add_option("--kind", line->read.kind, "Kind of card to accept")
+      ->check(CLI::IsMember(kKinds))
+      ->capture_default_str();
+  read->add_flag("--fingerprints", request.fingerprints, "Read the fingerprint templates too");
+  read->add_flag("--raise-baud", request.raise_baud,
+                 "Reach a serial reader at 9600 bit/s, then raise its speed");
+  read->add_flag("--search-direct", request.search_direct,
+                 "Read at once, without search and select");
+  read->add_flag("--one-command", request.one_command, "Read with the one-command read");
+  read->add_option("--native", line->read.output.native,
+                   "Write the card's native data to this file")
+      ->type_name("FILE");
+  AddOutput(read, &line->read.output);
+}
+
+void AddDecode(CLI::App& app, CommandLine* line) {
+  CLI::App* decode = app.add_subcommand("decode", "Show a saved card answer");
+  decode
+      ->add_option("FILE", line->decode.file,
+                   "Native data, as qlid read --native saves it; - for standard input")
+      ->required();
+  AddOutput(decode, &line->decode.output);
+}
+
+void AddSimulate(CLI::App& app, CommandLine* line) {
+  CLI::App* simulate = app.add_subcommand(
+      "simulate", "A simulated reader on a pseudo-terminal, with specimen cards");
+  simulate->add_option("--card", line->simulate.card, "Specimen card")
+      ->check(CLI::IsMember(kCards))
+      ->capture_default_str();
+  simulate->add_option("--person", line->simulate.person, "Specimen person; \"help\" lists them");
+  simulate->add_flag("--fingerprints", line->simulate.fingerprints,
+                     "The card carries two fingerprint templates");
+  simulate->add_option("--fault", line->simulate.fault,
+                       "Misbehave by name; \"help\" lists the names");
+  simulate
+      ->add_option("--link", line->simulate.link, "Symbolic link to the tty, removed at the end")
+      ->type_name("FILE");
+  simulate->add_flag("--trace", line->simulate.trace, "Show what travels");
+}
+
+void AddExplain(CLI::App& app, CommandLine* line) {
+  CLI::App* explain = app.add_subcommand("explain", "What a result code means and what to do");
+  explain->add_option("CODE", line->explain, "Published result code, such as -5")->required();
+  explain->prefix_command();
+}
+
+std::string NearestCommand(const CLI::App& app, const std::string& word) {
+  // Edit distance of at most two, the usual slip of the finger.
+  std::string nearest;
+  std::size_t least = 3;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    const std::string name = command->get_name();
+    std::vector<std::size_t> row(name.size() + 1);
+    for (std::size_t j = 0; j <= name.size(); ++j) row[j] = j;
+    for (std::size_t i = 1; i <= word.size(); ++i) {
+      std::size_t diagonal = row[0];
+      row[0] = i;
+      for (std::size_t j = 1; j <= name.size(); ++j) {
+        const std::size_t changed = diagonal + (word[i - 1] == name[j - 1] ? 0 : 1);
+        diagonal = row[j];
+        row[j] = std::min({row[j] + 1, row[j - 1] + 1, changed});
+      }
+    }
+    if (row[name.size()] < least) {
+      least = row[name.size()];
+      nearest = name;
+    }
+  }
+  return nearest;
+}
+
+int UnknownCommand(const CLI::App& app, const std::string& word) {
+  const std::string nearest = NearestCommand(app, word);
+  std::string what = Format(Tr("unknown command \"%s\"", "未知命令 \"%s\""), word.c_str());
+  if (!nearest.empty())
+    what += Format(Tr("; did you mean \"%s\"?", "；是否想输入 \"%s\"？"), nearest.c_str());
+  PrintReport(UsageReport(what, "qlid --help"));
+  return kExitUsage;
+}
+
+void Settle(const CommandLine& line) {
+  if (line.language == "zh") SetLanguage(Language::kChinese);
+  if (line.language == "en") SetLanguage(Language::kEnglish);
+  if (line.color == "always") SetColorMode(ColorMode::kAlways);
+  if (line.color == "never") SetColorMode(ColorMode::kNever);
+}
+
+int Run(const CLI::App& app, const CommandLine& line) {
+  Settle(line);
+  if (app.got_subcommand("demo")) return DemoCommand(line.demo);
+  if (app.got_subcommand("read")) return ReadCommand(line.read);
+  if (app.got_subcommand("decode")) return DecodeCommand(line.decode);
+  if (app.got_subcommand("simulate")) return SimulateCommand(line.simulate);
+  if (app.got_subcommand("explain")) return ExplainCommand(line.explain);
+  if (!app.remaining().empty()) return UnknownCommand(app, app.remaining().front());
+  std::printf("%s", app.help().c_str());
+  return kExitDone;
+}
+
+int Main(int argc, char** argv) {
+  SetLanguage(LanguageOfEnvironment());
+  CommandLine line;
+  CLI::App app("Read Chinese identity documents through a desktop reader.", "qlid");
+  app.set_version_flag("--version", "qlid " QLID_VERSION);
+  app.add_option("--lang", line.language, "Language of messages")
+      ->check(CLI::IsMember({"en", "zh"}));
+  app.add_option("--color", line.color, "Colour on the terminal")
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->capture_default_str();
+  AddDemo(app, &line);
+  AddRead(app, &line);
+  AddDecode(app, &line);
+  AddSimulate(app, &line);
+  AddExplain(app, &line);
+  app.require_subcommand(0, 1);
+  app.fallthrough();
+  // After the commands are added, so that they do not inherit it: an unknown word is named as an
+  // unknown command.
+  app.allow_extras();
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);
+    std::string next = "qlid --help";
+    for (const CLI::App* command : app.get_subcommands())
+      next = "qlid " + command->get_name() + " --help";
+    PrintReport(UsageReport(error.what(), next));
+    return kExitUsage;
+  }
+  return Run(app, line);
+}
+
+}  // namespace
+}  // namespace qlid
+
+int main(int argc, char** argv) {
+  std::setlocale(LC_CTYPE, "");
+  // A closed pipe ends the tool quietly.
+  std::signal(SIGPIPE, SIG_DFL);
+  qlid::HoldSignals();
+  return qlid::Main(argc, argv);
+}

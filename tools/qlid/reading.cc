@@ -1,0 +1,138 @@
+#include "tools/qlid/reading.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+#include "quillonid/carddata.h"
+#include "quillonid/link.h"
+#include "quillonid/quillonid.h"
+#include "quillonid/reader.h"
+#include "tools/qlid/results.h"
+#include "tools/qlid/terminal.h"
+
+namespace qlid {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+int s_signals = -1;  // signalfd of the held signals. Set by HoldSignals.
+
+long MillisecondsSince(Clock::time_point start) {
+  return static_cast<long>(
+      std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+}
+
+void FillCard(const ReadRequest& request, Card* card) {
+  std::uint8_t native[QL_NATIVE_DATA_SIZE] = {};
+  const int size = APP_ID_GetIdNativeData(native, sizeof native);
+  card->native.assign(native, native + size);
+  card->fingerprints_asked = request.fingerprints;
+  const char mark = card->record.cardType[0];
+  card->kind = mark == ' '   ? CardKind::kResident
+               : mark == 'I' ? CardKind::kForeigner
+               : mark == 'J' ? CardKind::kPermit
+                             : CardKind::kUnknown;
+}
+
+int RunRead(const ReadRequest& request, PERSONINFO_COLLECT_FP* record) {
+  APP_ID_SetSearchDirect(request.search_direct ? 1 : 0);
+  APP_ID_SetOneInstrReadInfo(request.one_command ? 1 : 0);
+  QL_APP_Id_RaiseBaundFlag(request.raise_baud ? 1 : 0);
+  // No photo path: the text never waits for the decoder.
+  if (request.fingerprints) {
+    return APP_ID_ReadCollectIDCard_FP(request.device.c_str(), "", request.baud, request.timeout,
+                                       nullptr, record);
+  }
+  PERSONINFO_COLLECT plain = {};
+  const int result = APP_ID_ReadCollectIDCard(request.device.c_str(), "", request.baud,
+                                              request.timeout, nullptr, &plain);
+  if (result == QL_SUCCESS) tFuncConvertCollect(&plain, record);
+  return result;
+}
+
+}  // namespace
+
+void HoldSignals() {
+  sigset_t held;
+  sigemptyset(&held);
+  sigaddset(&held, SIGINT);
+  sigaddset(&held, SIGTERM);
+  // A service that leads its session without a terminal gets an opened serial port as its
+  // controlling terminal, and this signal when the reader is pulled.
+  sigaddset(&held, SIGHUP);
+  pthread_sigmask(SIG_BLOCK, &held, nullptr);
+  s_signals = signalfd(-1, &held, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+int WaitForSignal(int milliseconds) {
+  pollfd waiting = {s_signals, POLLIN, 0};
+  if (poll(&waiting, 1, milliseconds) <= 0) return 0;
+  signalfd_siginfo info = {};
+  if (read(s_signals, &info, sizeof info) != sizeof info) return 0;
+  return static_cast<int>(info.ssi_signo);
+}
+
+Reading ReadCard(const ReadRequest& request) {
+  Reading reading;
+  std::atomic<bool> done{false};
+  const Clock::time_point start = Clock::now();
+  std::thread library([&] {
+    reading.result = RunRead(request, &reading.card.record);
+    done = true;
+  });
+
+  StatusLine status;
+  bool cancelling = false;
+  while (!done) {
+    const int signal = WaitForSignal(cancelling ? 100 : 50);
+    if (signal == SIGINT || signal == SIGTERM) {
+      if (cancelling) _exit(kExitCancelled);
+      cancelling = true;
+      status.Clear();
+      std::fprintf(stderr, "%s\n",
+                   Tr("cancelling (a USB read ends within 5 s; Ctrl-C again to leave at once)",
+                      "正在取消（USB 读取在 5 秒内结束；再按 Ctrl-C 立即退出）"));
+    }
+    if (cancelling) {
+      // A cancel between two commands of the read is missed: ask until the read has ended.
+      APP_ID_CancelRead();
+    } else {
+      const long left = request.timeout - MillisecondsSince(start) / 1000;
+      if (left > 0) {
+        status.Show(
+            Format(Tr("Put the card on the reader: %ld s", "请将卡片放在读卡器上：%ld 秒"), left));
+      } else {
+        status.Show(Tr("Waiting for the reader's last answer", "正在等待读卡器的最后应答"));
+      }
+    }
+  }
+  library.join();
+  reading.elapsed_ms = MillisecondsSince(start);
+  if (reading.result == QL_SUCCESS) FillCard(request, &reading.card);
+  return reading;
+}
+
+ReaderState AskReader(const ReadRequest& request) {
+  QL_APP_Id_RaiseBaundFlag(request.raise_baud ? 1 : 0);
+  if (tFuncOpenDevice(request.device.c_str(), "", static_cast<int>(request.baud), 0, 1) != 0) {
+    return ReaderState::kNotOpened;
+  }
+  // The device check reads until its answer is complete, so it needs the test that tells when that
+  // is.
+  COMM_Zel_SetEndCondition(IdEndCondition);
+  COMM_Zel_ChageReadTimeOut(1);
+  const int answered = CheckDevice();
+  tFuncCloseDevice();
+  return answered > 0 || answered == RET_BUSI_ID_DEVICE_CHECK_ERR ? ReaderState::kReady
+                                                                  : ReaderState::kSilent;
+}
+
+}  // namespace qlid

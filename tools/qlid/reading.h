@@ -1,0 +1,42 @@
+// One read through the library, with a countdown, and Ctrl-C turned into a cancel.
+#ifndef QUILLONID_TOOLS_QLID_READING_H
+#define QUILLONID_TOOLS_QLID_READING_H
+
+#include <string>
+
+#include "tools/qlid/card_view.h"
+
+namespace qlid {
+
+struct ReadRequest {
+  std::string device = "HID";
+  long baud = 115200;
+  int timeout = 10;
+  bool fingerprints = false;
+  bool raise_baud = false;
+  bool search_direct = false;
+  bool one_command = false;
+};
+
+struct Reading {
+  int result = 0;  // published code
+  Card card;
+  long elapsed_ms = 0;
+};
+
+// SIGINT, SIGTERM and SIGHUP come to WaitForSignal() from here on. Call before any thread starts.
+void HoldSignals();
+
+// Waits at most `milliseconds` for a held signal; its number, or 0.
+int WaitForSignal(int milliseconds);
+
+Reading ReadCard(const ReadRequest& request);
+
+enum class ReaderState { kNotOpened, kSilent, kReady };
+
+// Sends the device check once, to tell a silent reader from a missing card.
+ReaderState AskReader(const ReadRequest& request);
+
+}  // namespace qlid
+
+#endif

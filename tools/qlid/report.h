@@ -1,0 +1,42 @@
+// What went wrong: what happened, where, and what to do next; for people on standard error, for
+// programs as JSON.
+#ifndef QUILLONID_TOOLS_QLID_REPORT_H
+#define QUILLONID_TOOLS_QLID_REPORT_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/qlid/card_view.h"
+#include "tools/qlid/commands.h"
+
+namespace qlid {
+
+struct Report {
+  int code = 0;  // published
+  int exit = 0;
+  std::string what;
+  std::vector<Row> rows;
+};
+
+// A wrong use of the command line.
+Report UsageReport(const std::string& what, const std::string& next);
+
+void PrintReport(const Report& report);
+
+struct Outcome {
+  const Card* card = nullptr;      // null: nothing was read
+  const Report* report = nullptr;  // null: all went well
+  std::string device;              // empty: no reader was involved
+  long elapsed_ms = -1;
+};
+
+// The card and what went wrong, to standard output and standard error, as `options` ask.
+void PrintOutcome(const Outcome& outcome, const OutputOptions& options);
+
+// Writes the photo and native data files that `options` ask for. An empty result is success.
+std::optional<Report> WriteFiles(const Card& card, const OutputOptions& options);
+
+}  // namespace qlid
+
+#endif
