@@ -49,16 +49,16 @@ bool FindInText(const char* text, std::size_t size, std::string_view section, st
     const auto length = static_cast<std::size_t>(end - text);
     const auto* feed = static_cast<const char*>(std::memchr(text, '\n', length));
     if (feed == nullptr) return false;
-    const std::string_view line = KeptPart(text, static_cast<std::size_t>(feed - text));
+    std::string_view line = KeptPart(text, static_cast<std::size_t>(feed - text));
     text = feed + 1;
 
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos || !in_section) {
       in_section = in_section || OpensSection(line, section);
     } else if (Contains(line, key) && !IsComment(line)) {
-      const std::string_view rest = line.substr(equals + 1);
-      std::memcpy(value, rest.data(), rest.size());
-      value[rest.size()] = '\0';
+      line.remove_prefix(equals + 1);
+      std::memcpy(value, line.data(), line.size());
+      value[line.size()] = '\0';
       return true;
     }
   }
