@@ -138,8 +138,8 @@ int ReadCard(const CommandFrame& command, ReadLog log, unsigned char* pData, int
 
 // A silent USB reader gives 0 and no bytes, which the commands return as it is. To the sequence
 // that is a failed try: what was kept of the card before stays.
-int ResultOfTry(int result, int length) {
-  return result == RET_PUB_SUCCESS && length == 0 ? RET_PUB_READ_ERROR : result;
+int ResultOfTry(int result, const int* pLen) {
+  return result == RET_PUB_SUCCESS && *pLen == 0 ? RET_PUB_READ_ERROR : result;
 }
 
 // Time of one read since its start. The limit is decided on the monotonic clock, the ticks that
@@ -189,7 +189,7 @@ bool ReadStepByStep(const ReadTime& time, int limit, int bFinger, unsigned char*
 
     *result = ReadIDCard(bFinger, pData, pLen);
     LOG_CARD_RESULT(*result < 0, "ReadIDCard nRet = %d ", *result);
-    *result = ResultOfTry(*result, *pLen);
+    *result = ResultOfTry(*result, pLen);
     if (*result == RET_PUB_SUCCESS) return false;
     if (*result == RET_BUSI_ID_UNSUPPORT) return true;
 
@@ -209,7 +209,7 @@ bool ReadStepByStep(const ReadTime& time, int limit, int bFinger, unsigned char*
 int ReadAtOnce(const ReadTime& time, unsigned char* pData, int* pLen) {
   int result = RET_PUB_SUCCESS;
   do {
-    result = ResultOfTry(ReadIDCardOneCmd(pData, pLen), *pLen);
+    result = ResultOfTry(ReadIDCardOneCmd(pData, pLen), pLen);
     if (result == RET_PUB_SUCCESS) return result;
 
     const long end_tick = GetTickCountEndTime();
