@@ -1,0 +1,309 @@
+#include "simulator/tty_reader.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/ioctl.h>
+#include <sys/timerfd.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <deque>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+namespace simulator {
+namespace {
+
+struct SpeedCode {
+  speed_t code;
+  int speed;
+};
+constexpr SpeedCode kSpeedCodes[] = {
+    {B300,    300   },
+    {B1200,   1200  },
+    {B2400,   2400  },
+    {B4800,   4800  },
+    {B9600,   9600  },
+    {B19200,  19200 },
+    {B38400,  38400 },
+    {B57600,  57600 },
+    {B115200, 115200},
+    {B230400, 230400},
+};
+
+constexpr int kHostPasses = 200;     // that the host gets to read the last bytes before a hang-up,
+constexpr int kHostPassLength = 10;  // ms each
+
+class Descriptor {
+ public:
+  Descriptor(int value, const char* what) : value_(value) {
+    if (value_ < 0) throw std::system_error(errno, std::generic_category(), what);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { Close(); }
+
+  int get() const { return value_; }
+  void Close() {
+    if (value_ >= 0) close(value_);
+    value_ = -1;
+  }
+
+ private:
+  int value_;
+};
+
+int OpenMaster() {
+  const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+  if (master < 0) return -1;
+  if (grantpt(master) == 0 && unlockpt(master) == 0) return master;
+  const int error = errno;
+  close(master);
+  errno = error;
+  return -1;
+}
+
+std::string SlavePath(int master) {
+  std::array<char, 128> name{};
+  const int error = ptsname_r(master, name.data(), name.size());
+  if (error != 0) throw std::system_error(error, std::generic_category(), "ptsname_r");
+  return name.data();
+}
+
+void MakeRaw(int tty) {
+  termios settings = {};
+  if (tcgetattr(tty, &settings) != 0) return;
+  cfmakeraw(&settings);
+  cfsetispeed(&settings, B9600);
+  cfsetospeed(&settings, B9600);
+  tcsetattr(tty, TCSANOW, &settings);
+}
+
+void Nap(int milliseconds) { poll(nullptr, 0, milliseconds); }
+
+}  // namespace
+
+class TtyReader::Line {
+ public:
+  explicit Line(CardModule* module)
+      : module_(module),
+        master_(OpenMaster(), "pseudo-terminal"),
+        path_(SlavePath(master_.get())),
+        keeper_(open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), path_.c_str()),
+        wake_(eventfd(0, EFD_CLOEXEC), "eventfd"),
+        timer_(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK), "timerfd") {
+    MakeRaw(keeper_.get());
+    thread_ = std::thread([this] { Run(); });
+  }
+  Line(const Line&) = delete;
+  Line& operator=(const Line&) = delete;
+  ~Line() { Stop(); }
+
+  const std::string& path() const { return path_; }
+
+  void Stop() {
+    const std::lock_guard guard(stop_lock_);
+    eventfd_write(wake_.get(), 1);
+    if (thread_.joinable()) thread_.join();
+  }
+  bool dead() const { return dead_; }
+
+  void SetTrace(std::function<void(const TraceEvent&)> trace) {
+    const std::lock_guard guard(trace_lock_);
+    trace_ = std::move(trace);
+  }
+  Counters counters() const {
+    const std::lock_guard guard(record_lock_);
+    return counters_;
+  }
+  std::vector<Request> requests() const {
+    const std::lock_guard guard(record_lock_);
+    return requests_;
+  }
+
+  // 0 when the line is dead or the speed is none of the table's.
+  int Speed() const {
+    const std::lock_guard guard(master_lock_);
+    termios settings = {};
+    if (master_.get() < 0 || tcgetattr(master_.get(), &settings) != 0) return 0;
+    for (const SpeedCode& row : kSpeedCodes) {
+      if (row.code == cfgetospeed(&settings)) return row.speed;
+    }
+    return 0;
+  }
+
+ private:
+  struct Reply {
+    std::string meaning;
+    std::vector<Step> steps;
+    Bytes sent;
+    std::size_t next = 0;     // step
+    std::size_t written = 0;  // bytes of that step
+    bool waited = false;      // for that step's delay
+  };
+
+  void Run() {
+    bool hang_up = false;
+    while (!hang_up) {
+      std::array<pollfd, 3> waits = {
+          {
+           {wake_.get(), POLLIN, 0},
+           {timer_.get(), POLLIN, 0},
+           {master_.get(), static_cast<short>(blocked_ ? POLLIN | POLLOUT : POLLIN), 0},
+           }
+      };
+      if (poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) break;
+      if (waits[0].revents != 0) break;
+      std::uint64_t expirations = 0;
+      if (read(timer_.get(), &expirations, sizeof expirations) > 0) replies_.front().waited = true;
+      if ((waits[2].revents & (POLLIN | POLLHUP)) != 0) TakeFromHost();
+      hang_up = SendDue();
+    }
+    if (hang_up) LetHostRead();
+    const std::lock_guard guard(master_lock_);
+    master_.Close();
+    keeper_.Close();
+    dead_ = true;
+  }
+
+  void TakeFromHost() {
+    std::array<std::uint8_t, 4096> bytes;
+    const ssize_t got = read(master_.get(), bytes.data(), bytes.size());
+    if (got <= 0) return;
+    const std::span<const std::uint8_t> received(bytes.data(), static_cast<std::size_t>(got));
+    std::vector<Exchange> exchanges = module_->Receive(received, Speed());
+    {
+      const std::lock_guard guard(record_lock_);
+      counters_.bytes_received += received.size();
+      counters_.requests += exchanges.size();
+      for (const Exchange& exchange : exchanges) requests_.push_back(exchange.request);
+    }
+    for (Exchange& exchange : exchanges) {
+      const Request& request = exchange.request;
+      Trace(TraceEvent::Direction::kFromHost, request.bytes, request.meaning);
+      if (!exchange.steps.empty()) {
+        replies_.push_back({std::move(exchange.meaning), std::move(exchange.steps), {}});
+      } else if (!exchange.meaning.empty()) {
+        Trace(TraceEvent::Direction::kToHost, {}, exchange.meaning);
+      }
+    }
+  }
+
+  // Sends what is due by now; true when the line shall go dead.
+  bool SendDue() {
+    while (!replies_.empty()) {
+      Reply& reply = replies_.front();
+      const Step& step = reply.steps[reply.next];
+      if (step.delay.count() > 0 && !reply.waited) {
+        StartTimer(step.delay);
+        return false;
+      }
+      if (!Write(step.bytes, &reply)) return false;
+      const bool hang_up = step.hang_up;
+      reply.written = 0;
+      reply.waited = false;
+      if (++reply.next < reply.steps.size()) continue;
+      Trace(TraceEvent::Direction::kToHost, reply.sent, reply.meaning);
+      replies_.pop_front();
+      if (hang_up) return true;
+    }
+    return false;
+  }
+
+  // False while the line takes no more.
+  bool Write(const Bytes& bytes, Reply* reply) {
+    while (reply->written < bytes.size()) {
+      const ssize_t put =
+          write(master_.get(), bytes.data() + reply->written, bytes.size() - reply->written);
+      if (put < 0 && errno == EINTR) continue;
+      blocked_ = put < 0 && errno == EAGAIN;
+      if (blocked_) return false;
+      if (put <= 0) return true;  // A line that takes nothing any more loses the rest.
+      const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(reply->written);
+      reply->sent.insert(reply->sent.end(), first, first + put);
+      reply->written += static_cast<std::size_t>(put);
+      const std::lock_guard guard(record_lock_);
+      counters_.bytes_sent += static_cast<std::size_t>(put);
+    }
+    return true;
+  }
+
+  // A relative timer: one that runs already is left alone.
+  void StartTimer(std::chrono::milliseconds delay) {
+    itimerspec running = {};
+    timerfd_gettime(timer_.get(), &running);
+    if (running.it_value.tv_sec != 0 || running.it_value.tv_nsec != 0) return;
+    itimerspec once = {};
+    once.it_value.tv_sec = static_cast<time_t>(delay.count() / 1000);
+    once.it_value.tv_nsec = static_cast<long>(delay.count() % 1000) * 1'000'000;
+    timerfd_settime(timer_.get(), 0, &once, nullptr);
+  }
+
+  // Closing the line throws away what the host has not read yet, so give it time to.
+  void LetHostRead() {
+    for (int pass = 0; pass < kHostPasses; ++pass) {
+      Nap(kHostPassLength);
+      int unread = 0;
+      if (ioctl(keeper_.get(), FIONREAD, &unread) != 0 || unread == 0) return;
+    }
+  }
+
+  void Trace(TraceEvent::Direction direction, const Bytes& bytes, const std::string& meaning) {
+    const std::lock_guard guard(trace_lock_);
+    if (trace_) trace_({std::chrono::system_clock::now(), direction, bytes, meaning});
+  }
+
+  CardModule* module_;
+
+  mutable std::mutex master_lock_;  // guards the closing of the descriptors against Speed()
+  Descriptor master_;
+  std::string path_;
+  Descriptor
+      keeper_;        // holds the host's side open, or the master would see a hang-up at each close
+  Descriptor wake_;   // written to: the thread ends
+  Descriptor timer_;  // delay of the first reply's next step
+
+  std::deque<Reply> replies_;  // the thread's own, like blocked_
+  bool blocked_ = false;       // the host has not read what fills the line
+  std::atomic<bool> dead_{false};
+
+  std::mutex trace_lock_;  // guards trace_, also while it runs
+  std::function<void(const TraceEvent&)> trace_;
+
+  mutable std::mutex record_lock_;  // guards the two below
+  Counters counters_;
+  std::vector<Request> requests_;
+
+  std::mutex stop_lock_;  // guards the joining of the thread
+  std::thread thread_;    // last: it uses the rest
+};
+
+TtyReader::TtyReader() : line_(std::make_unique<Line>(&module_)), path_(line_->path()) {}
+TtyReader::~TtyReader() = default;
+
+void TtyReader::SetTrace(std::function<void(const TraceEvent&)> trace) {
+  line_->SetTrace(std::move(trace));
+}
+
+void TtyReader::HangUp() { line_->Stop(); }
+bool TtyReader::HungUp() const { return line_->dead(); }
+TtyReader::Counters TtyReader::counters() const { return line_->counters(); }
+std::vector<Request> TtyReader::Requests() const { return line_->requests(); }
+int TtyReader::LineSpeed() const { return line_->Speed(); }
+
+bool TtyReader::WaitForRequests(std::size_t count, int milliseconds) const {
+  constexpr int kPass = 5;  // ms
+  for (int waited = 0; counters().requests < count; waited += kPass) {
+    if (waited >= milliseconds) return false;
+    Nap(kPass);
+  }
+  return true;
+}
+
+}  // namespace simulator
