@@ -1,0 +1,91 @@
+#include "tests/transport/system_calls.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+
+namespace {
+
+int s_fd = -1;  // -1: nothing is watched
+std::vector<std::string> s_noted;
+std::deque<system_calls::Answer> s_reads;
+std::deque<system_calls::Answer> s_writes;
+
+bool Watched(int fd) { return s_fd != -1 && (s_fd == system_calls::kAny || s_fd == fd); }
+
+// The C library's own function of that name.
+template <typename Function>
+Function* Real(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+template <typename Call>
+ssize_t Answered(std::deque<system_calls::Answer>& script, std::size_t size, Call call) {
+  if (script.empty()) return call(size);
+  const system_calls::Answer answer = script.front();
+  script.pop_front();
+  if (answer.count < 0) {
+    errno = answer.error;
+    return -1;
+  }
+  return answer.count == 0 ? 0 : call(std::min(size, static_cast<std::size_t>(answer.count)));
+}
+
+}  // namespace
+
+namespace system_calls {
+
+void Watch(int fd) {
+  s_noted.clear();
+  s_fd = fd;
+}
+const std::vector<std::string>& Noted() { return s_noted; }
+void ScriptReads(std::deque<Answer> answers) { s_reads = std::move(answers); }
+void ScriptWrites(std::deque<Answer> answers) { s_writes = std::move(answers); }
+
+}  // namespace system_calls
+
+extern "C" {
+
+ssize_t read(int fd, void* buffer, std::size_t size) {
+  static const auto real = Real<decltype(read)>("read");
+  if (!Watched(fd)) return real(fd, buffer, size);
+  s_noted.push_back("read " + std::to_string(size));
+  if (size == 0) return real(fd, buffer, size);
+  return Answered(s_reads, size, [=](std::size_t part) { return real(fd, buffer, part); });
+}
+
+ssize_t write(int fd, const void* data, std::size_t size) {
+  static const auto real = Real<decltype(write)>("write");
+  if (!Watched(fd)) return real(fd, data, size);
+  s_noted.push_back("write " + std::to_string(size));
+  return Answered(s_writes, size, [=](std::size_t part) { return real(fd, data, part); });
+}
+
+int tcflush(int fd, int queue) noexcept {
+  static const auto real = Real<int(int, int)>("tcflush");
+  if (Watched(fd)) {
+    s_noted.push_back(queue == TCIFLUSH   ? "tcflush input"
+                      : queue == TCOFLUSH ? "tcflush output"
+                                          : "tcflush both");
+  }
+  return real(fd, queue);
+}
+
+int tcsetattr(int fd, int action, const termios* settings) noexcept {
+  static const auto real = Real<int(int, int, const termios*)>("tcsetattr");
+  if (Watched(fd)) s_noted.push_back(action == TCSAFLUSH ? "tcsetattr flush" : "tcsetattr other");
+  return real(fd, action, settings);
+}
+
+int close(int fd) {
+  static const auto real = Real<decltype(close)>("close");
+  if (Watched(fd)) s_noted.push_back("close");
+  return real(fd);
+}
+
+}  // extern "C"

@@ -1,0 +1,33 @@
+// The library's system calls on one descriptor: what it calls, in order, and results that a real
+// line gives too seldom for a test.
+#ifndef QUILLONID_TESTS_TRANSPORT_SYSTEM_CALLS_H
+#define QUILLONID_TESTS_TRANSPORT_SYSTEM_CALLS_H
+
+#include <sys/types.h>
+
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace system_calls {
+
+// Starts to note the calls on `fd`, or on any descriptor for kAny.
+inline constexpr int kAny = -2;
+void Watch(int fd);
+
+// The calls noted since: "read 5", "write 3", "tcflush input", "tcsetattr flush", "nonblocking on",
+// ...
+const std::vector<std::string>& Noted();
+
+// What the next calls on the watched descriptor answer. A count below what was asked for is carried
+// out with that count; an answer without a count fails with `error`.
+struct Answer {
+  ssize_t count;
+  int error;
+};
+void ScriptReads(std::deque<Answer> answers);
+void ScriptWrites(std::deque<Answer> answers);
+
+}  // namespace system_calls
+
+#endif
