@@ -1,0 +1,34 @@
+// The emulated bus needs its preload library from the start of the process: runs this same program
+// again with it. So a plain call, a debugger and the discovery of tests all work.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+constexpr char kPreload[] = "libumockdev-preload.so.0";
+
+std::string Extended(const char* variable, const std::string& more) {
+  const char* before = std::getenv(variable);
+  return before && *before ? std::string(before) + ":" + more : more;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const char* preload = std::getenv("LD_PRELOAD");
+  if (!preload || !std::string(preload).ends_with(kPreload)) {
+    setenv("LD_PRELOAD", Extended("LD_PRELOAD", kPreload).c_str(), 1);
+    // AddressSanitizer asks to be the first library; behind a preloaded one it works as well.
+    setenv("ASAN_OPTIONS", Extended("ASAN_OPTIONS", "verify_asan_link_order=0").c_str(), 1);
+    execv("/proc/self/exe", argv);
+    std::perror("/proc/self/exe");
+    return 1;
+  }
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
