@@ -22,17 +22,17 @@ void UsbDevice::Stop() {
 
 // What the device does ------------------------------------------------------------------------
 
-void UsbDevice::Send(const UsbBytes& data, Milliseconds delay) {
+void UsbDevice::Send(const Bytes& data, Milliseconds delay) {
   for (std::size_t at = 0; at < data.size(); at += kUsbPacket) {
     const std::size_t end = std::min(at + kUsbPacket, data.size());
-    UsbBytes packet(data.begin() + static_cast<std::ptrdiff_t>(at),
-                    data.begin() + static_cast<std::ptrdiff_t>(end));
+    Bytes packet(data.begin() + static_cast<std::ptrdiff_t>(at),
+                 data.begin() + static_cast<std::ptrdiff_t>(end));
     if (traits_.padded) packet.resize(kUsbPacket);
     SendPacket(std::move(packet), at ? Milliseconds(0) : delay);
   }
 }
 
-void UsbDevice::SendPacket(UsbBytes packet, Milliseconds delay) {
+void UsbDevice::SendPacket(Bytes packet, Milliseconds delay) {
   bool pulled = false;
   {
     const std::lock_guard hold(lock_);
@@ -52,12 +52,12 @@ void UsbDevice::Flood(std::uint8_t value, Milliseconds delay) {
 void UsbDevice::Stall(Milliseconds delay) { Queue(Action::kHalt, {}, delay); }
 void UsbDevice::Unplug(Milliseconds delay) { Queue(Action::kUnplug, {}, delay); }
 
-std::vector<UsbBytes> UsbDevice::Written() const {
+std::vector<Bytes> UsbDevice::Written() const {
   const std::lock_guard hold(lock_);
   return written_;
 }
 
-void UsbDevice::Queue(Action action, UsbBytes data, Milliseconds delay) {
+void UsbDevice::Queue(Action action, Bytes data, Milliseconds delay) {
   const std::lock_guard hold(lock_);
   auto start = Clock::now();
   if (!steps_.empty()) start = std::max(start, steps_.back().due);
@@ -125,7 +125,7 @@ void UsbDevice::Fill(Waiting::iterator transfer) {
     Finish(transfer, 0);
     return;
   }
-  const UsbBytes packet = std::move(step.data);
+  const Bytes packet = std::move(step.data);
   steps_.pop_front();
   const std::size_t fits = std::min(packet.size(), transfer->room - transfer->data.size());
   transfer->data.insert(transfer->data.end(), packet.begin(),
@@ -146,7 +146,7 @@ void UsbDevice::Finish(Waiting::iterator transfer, int status) {
 }
 
 void UsbDevice::Submit(Transfer transfer) {
-  UsbBytes taken;
+  Bytes taken;
   {
     const std::lock_guard hold(lock_);
     waiting_.push_back(std::move(transfer));

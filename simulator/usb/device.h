@@ -21,7 +21,7 @@
 
 namespace simulator {
 
-using UsbBytes = std::vector<std::uint8_t>;
+using Bytes = std::vector<std::uint8_t>;
 using Milliseconds = std::chrono::milliseconds;
 
 inline constexpr std::size_t kUsbPacket = 64;
@@ -40,36 +40,36 @@ struct UsbTraits {
   std::size_t unplug_after = SIZE_MAX;  // pulled when these many bytes have been sent
 };
 
-UsbBytes DeviceDescriptor(const UsbTraits& traits);
-UsbBytes ConfigurationDescriptor(const UsbTraits& traits);
-UsbBytes ReportDescriptor();
+Bytes DeviceDescriptor(const UsbTraits& traits);
+Bytes ConfigurationDescriptor(const UsbTraits& traits);
+Bytes ReportDescriptor();
 
 class UsbDevice {
  public:
   // Called, without the lock, with the bytes of every OUT transfer. Set it before the host opens
   // the device.
-  std::function<void(UsbDevice&, const UsbBytes&)> on_out;
+  std::function<void(UsbDevice&, const Bytes&)> on_out;
 
   UsbDevice(const UsbDevice&) = delete;
   UsbDevice& operator=(const UsbDevice&) = delete;
 
   // What the device does next on its IN endpoint, in call order, each step `delay` after the one
   // before it.
-  void Send(const UsbBytes& data, Milliseconds delay = {});   // in packets, padded or not
-  void SendPacket(UsbBytes packet, Milliseconds delay = {});  // at most 64 bytes, as they are
-  void Flood(std::uint8_t value, Milliseconds delay = {});    // full transfers without end
-  void Stall(Milliseconds delay = {});                        // halts the endpoint until reset
-  void Unplug(Milliseconds delay = {});                       // gone from here on
+  void Send(const Bytes& data, Milliseconds delay = {});    // in packets, padded or not
+  void SendPacket(Bytes packet, Milliseconds delay = {});   // at most 64 bytes, as they are
+  void Flood(std::uint8_t value, Milliseconds delay = {});  // full transfers without end
+  void Stall(Milliseconds delay = {});                      // halts the endpoint until reset
+  void Unplug(Milliseconds delay = {});                     // gone from here on
 
   // The OUT transfers so far, each with the bytes it took.
-  std::vector<UsbBytes> Written() const;
+  std::vector<Bytes> Written() const;
 
  protected:
   struct Transfer {
     std::uint64_t id = 0;
     std::uint8_t endpoint = 0;
     std::size_t room = 0;   // length of the host's buffer
-    UsbBytes data;          // OUT: what the host sends; IN: what has arrived
+    Bytes data;             // OUT: what the host sends; IN: what has arrived
     std::size_t moved = 0;  // bytes transferred, set when it is completed
     int status = 0;         // 0 or a negative errno, as in struct usbdevfs_urb
   };
@@ -95,12 +95,12 @@ class UsbDevice {
   enum class Action { kPacket, kFlood, kHalt, kUnplug };
   struct Step {
     Action action;
-    UsbBytes data;
+    Bytes data;
     std::chrono::steady_clock::time_point due;
   };
   using Waiting = std::list<Transfer>;
 
-  void Queue(Action action, UsbBytes data, Milliseconds delay);
+  void Queue(Action action, Bytes data, Milliseconds delay);
   void Pump();                            // lock held: moves due steps into IN transfers
   bool TakeEvent();                       // lock held: a due halt or unplug at the front
   void Fill(Waiting::iterator transfer);  // lock held: the due packet at the front
@@ -112,7 +112,7 @@ class UsbDevice {
   std::size_t sent_ = 0;  // bytes queued so far, for unplug_after
   std::deque<Step> steps_;
   Waiting waiting_;
-  std::vector<UsbBytes> written_;
+  std::vector<Bytes> written_;
   std::thread timer_;  // last: it uses all the rest
 };
 

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t kPage = 4096;
 
-std::string Hex(const UsbBytes& bytes) {
+std::string Hex(const Bytes& bytes) {
   std::string text;
   for (const std::uint8_t byte : bytes) {
     char pair[3];

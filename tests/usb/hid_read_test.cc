@@ -18,9 +18,9 @@
 
 namespace {
 
+using simulator::Bytes;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using Bytes = std::vector<unsigned char>;
 using Lines = std::vector<std::string>;
 
 constexpr unsigned char kUntouched = 0xEE;
@@ -362,7 +362,7 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{"Unplugged", [](simulator::UsbDevice& reader) { reader.Unplug(); }, -4, 0},
         Failure{"UnpluggedInMidReply",
                 [](simulator::UsbDevice& reader) {
-                  reader.Send(simulator::UsbBytes(192, 0x55));
+                  reader.Send(simulator::Bytes(192, 0x55));
                   reader.Unplug(milliseconds(100));
                 },
                 -4, 192},
@@ -371,7 +371,7 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{"Stalled", [](simulator::UsbDevice& reader) { reader.Stall(); }, -9, 0},
         Failure{"StalledInMidReply",
                 [](simulator::UsbDevice& reader) {
-                  reader.SendPacket(simulator::UsbBytes(10, 0x55));
+                  reader.SendPacket(simulator::Bytes(10, 0x55));
                   reader.Stall(milliseconds(100));
                 },
                 -9, 10}),

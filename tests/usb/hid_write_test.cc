@@ -10,7 +10,7 @@
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using simulator::Bytes;
 using Lines = std::vector<std::string>;
 
 int Write(const Bytes& data) {
@@ -26,7 +26,7 @@ Bytes Counting(std::size_t size) {
 // All that the reader took, transfer by transfer.
 Lines Taken(const simulator::UsbDevice& reader) {
   Lines transfers;
-  for (const simulator::UsbBytes& each : reader.Written()) transfers.push_back(HexText(each));
+  for (const simulator::Bytes& each : reader.Written()) transfers.push_back(HexText(each));
   return transfers;
 }
 
