@@ -33,19 +33,8 @@ void UsbDevice::Send(const Bytes& data, Milliseconds delay) {
 }
 
 void UsbDevice::SendPacket(Bytes packet, Milliseconds delay) {
-  bool pulled = false;
-  {
-    const std::lock_guard hold(lock_);
-    pulled = packet.size() > traits_.unplug_after - sent_;
-    if (!pulled) sent_ += packet.size();
-  }
-  if (pulled) {
-    Queue(Action::kUnplug, {}, delay);
-  } else {
-    Queue(Action::kPacket, std::move(packet), delay);
-  }
+  Queue(Action::kPacket, std::move(packet), delay);
 }
-
 void UsbDevice::Flood(std::uint8_t value, Milliseconds delay) {
   Queue(Action::kFlood, {value}, delay);
 }

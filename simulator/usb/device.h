@@ -19,9 +19,10 @@
 #include <thread>
 #include <vector>
 
+#include "simulator/card.h"
+
 namespace simulator {
 
-using Bytes = std::vector<std::uint8_t>;
 using Milliseconds = std::chrono::milliseconds;
 
 inline constexpr std::size_t kUsbPacket = 64;
@@ -35,9 +36,8 @@ struct UsbTraits {
   bool padded = true;    // a reply's last packet is filled up with zeros, as HID reports are
   std::string driver{};  // driver bound to interface 0 (a real kernel binds its own)
   int claim_errno = 0;   // claiming the interface fails with it (a real kernel: EBUSY only)
-  std::size_t out_limit = SIZE_MAX;     // most bytes that one OUT transfer takes
-  bool out_blocked = false;             // OUT transfers are never accepted and time out
-  std::size_t unplug_after = SIZE_MAX;  // pulled when these many bytes have been sent
+  std::size_t out_limit = SIZE_MAX;  // most bytes that one OUT transfer takes
+  bool out_blocked = false;          // OUT transfers are never accepted and time out
 };
 
 Bytes DeviceDescriptor(const UsbTraits& traits);
@@ -60,6 +60,8 @@ class UsbDevice {
   void Flood(std::uint8_t value, Milliseconds delay = {});  // full transfers without end
   void Stall(Milliseconds delay = {});                      // halts the endpoint until reset
   void Unplug(Milliseconds delay = {});                     // gone from here on
+
+  const UsbTraits& traits() const { return traits_; }
 
   // The OUT transfers so far, each with the bytes it took.
   std::vector<Bytes> Written() const;
@@ -109,7 +111,6 @@ class UsbDevice {
 
   bool stopping_ = false;
   bool halted_ = false;
-  std::size_t sent_ = 0;  // bytes queued so far, for unplug_after
   std::deque<Step> steps_;
   Waiting waiting_;
   std::vector<Bytes> written_;
