@@ -1,0 +1,110 @@
+// Uncompressed 24-bit BMP files, put together in memory and written at once.
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "quillonid/image.h"
+#include "support/handles.h"
+#include "support/log.h"
+
+namespace {
+
+constexpr std::uint32_t kPixelSize = 3;
+constexpr std::uint32_t kInfoHeaderSize = 40;
+constexpr std::uint32_t kHeadersSize = 14 + kInfoHeaderSize;
+constexpr std::uint64_t kMaxFileSize = UINT32_MAX;  // what the header can say
+
+// On purpose: two bytes after each row whatever the width, and not zeros.
+constexpr std::array<unsigned char, 2> kRowFiller = {0x96, 0x08};
+
+struct PixelRows {
+  std::uint64_t count;
+  std::uint64_t size;  // bytes without the filler
+
+  std::uint64_t FileSize() const { return kHeadersSize + count * (size + kRowFiller.size()); }
+};
+
+std::uint64_t Magnitude(int value) { return static_cast<std::uint64_t>(std::abs(long{value})); }
+
+// No rows when the product of the sides is not positive.
+PixelRows RowsOf(int width, int height) {
+  if (std::int64_t{width} * height <= 0) return {0, 0};
+  return {Magnitude(height), Magnitude(width) * kPixelSize};
+}
+
+using Headers = std::array<unsigned char, kHeadersSize>;
+
+void PutLittleEndian(Headers& headers, std::size_t at, std::uint32_t value, int size) {
+  for (int i = 0; i < size; ++i) headers[at++] = static_cast<unsigned char>(value >> 8 * i);
+}
+
+Headers MakeHeaders(int width, int height) {
+  const auto columns = static_cast<std::uint32_t>(width);
+  const auto rows = static_cast<std::uint32_t>(height);
+  Headers headers{};
+  PutLittleEndian(headers, 0, 'B' | 'M' << 8, 2);
+  PutLittleEndian(headers, 2, rows * 2 + kHeadersSize + columns * rows * kPixelSize, 4);
+  PutLittleEndian(headers, 10, kHeadersSize, 4);  // where the pixels begin
+  PutLittleEndian(headers, 14, kInfoHeaderSize, 4);
+  PutLittleEndian(headers, 18, columns, 4);
+  PutLittleEndian(headers, 22, rows, 4);
+  PutLittleEndian(headers, 26, 1, 2);   // planes
+  PutLittleEndian(headers, 28, 24, 2);  // bits per pixel
+  return headers;
+}
+
+// The whole file, or null when there is no memory for it.
+HeapBytes MakeFile(const Headers& headers, const PixelRows& rows, const unsigned char* pixels) {
+  if (rows.FileSize() > kMaxFileSize) return nullptr;
+  HeapBytes file(static_cast<unsigned char*>(std::malloc(rows.FileSize())));
+  if (file == nullptr) return nullptr;
+
+  unsigned char* out = file.get();
+  std::memcpy(out, headers.data(), headers.size());
+  out += headers.size();
+  for (std::uint64_t row = 0; row < rows.count; ++row) {
+    Convert2RGBData(pixels, static_cast<int>(rows.size / kPixelSize), 1, out);
+    pixels += rows.size;
+    out += rows.size;
+    std::memcpy(out, kRowFiller.data(), kRowFiller.size());
+    out += kRowFiller.size();
+  }
+  return file;
+}
+
+}  // namespace
+
+void Convert2RGBData(const unsigned char* src, int width, int height, unsigned char* dst) {
+  for (std::int64_t left = std::int64_t{width} * height; left > 0; --left) {
+    dst[0] = src[2];
+    dst[1] = src[1];
+    dst[2] = src[0];
+    src += kPixelSize;
+    dst += kPixelSize;
+  }
+}
+
+int SaveBmp(const char* path, const unsigned char* pixels, int width, int height) {
+  LOG_API("[%s] Start  %s ", __func__, PrintableText(path));
+  const Headers headers = MakeHeaders(width, height);
+  LOG_API("open Start ");
+  FilePtr bmp(path == nullptr || pixels == nullptr ? nullptr : std::fopen(path, "wb"));
+  LOG_API("SaveBmp :szBmpFile is:%s\n", PrintableText(path));
+  if (bmp == nullptr) return 0;
+
+  const PixelRows rows = RowsOf(width, height);
+  const HeapBytes file = MakeFile(headers, rows, pixels);
+  if (file == nullptr) {
+    LOG_API_RESULT(true, "malloc  pRGBData : error");
+    std::fwrite(headers.data(), headers.size(), 1, bmp.get());
+    return 0;
+  }
+  const bool written = std::fwrite(file.get(), rows.FileSize(), 1, bmp.get()) == 1;
+  LOG_API("SaveBmp : close the fp");
+  const bool closed = std::fclose(bmp.release()) == 0;
+  LOG_API("#############1[%s] End ", __func__);
+  return written && closed ? 1 : 0;
+}
