@@ -36,10 +36,6 @@ bool OpensSection(std::string_view line, std::string_view section) {
 
 bool IsComment(std::string_view line) { return line.starts_with("#") || line.starts_with("//"); }
 
-bool Contains(std::string_view line, std::string_view word) {
-  return memmem(line.data(), line.size(), word.data(), word.size()) != nullptr;
-}
-
 // Goes through the lines that end in a line feed; a last one without is not looked at.
 bool FindInText(const char* text, std::size_t size, std::string_view section, std::string_view key,
                 char (&value)[kIniValueSize]) {
@@ -55,7 +51,7 @@ bool FindInText(const char* text, std::size_t size, std::string_view section, st
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos || !in_section) {
       in_section = in_section || OpensSection(line, section);
-    } else if (Contains(line, key) && !IsComment(line)) {
+    } else if (line.find(key) != std::string_view::npos && !IsComment(line)) {
       line.remove_prefix(equals + 1);
       std::memcpy(value, line.data(), line.size());
       value[line.size()] = '\0';

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "support/clock.h"
 #include "support/handles.h"
@@ -95,14 +97,14 @@ class Line {
  public:
   explicit Line(char* buffer) : begin_(buffer), end_(buffer) {}
 
+  const char* begin() const { return begin_; }
   char* end() { return end_; }
   std::size_t size() const { return static_cast<std::size_t>(end_ - begin_); }
   void Grow(std::size_t count) { end_ += count; }
 
-  void Add(const char* text) {
-    const std::size_t length = std::strlen(text);
-    std::memcpy(end_, text, length);
-    end_ += length;
+  void Add(std::string_view text) {
+    std::memcpy(end_, text.data(), text.size());
+    end_ += text.size();
   }
 
   void AddDigits(int value, int count) {
@@ -159,19 +161,26 @@ void MakeLogFilePath(char (&path)[kPathSize]) {
   *text.end() = '\0';
 }
 
+// A write beyond the process's file size limit would raise SIGXFSZ, which ends a process that does
+// not expect it.
+bool IsWithinFileLimit(int fd, std::size_t size) {
+  rlimit limit = {};
+  if (getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return true;
+  struct stat status = {};
+  return fstat(fd, &status) == 0 && static_cast<rlim_t>(status.st_size) + size <= limit.rlim_cur;
+}
+
 // One open, one write, one close for each line: lines of several threads or processes stay whole,
-// and the file may be moved away at any time. Failures are silent. A pipe or socket of that name
-// must neither block nor signal.
+// and the file may be moved away at any time. Failures are silent. pwrite, which here appends, is
+// refused by pipes and sockets: one of that name neither blocks nor signals.
 void WriteLine(Line& line) {
   line.Add("\r\n");
   char path[kPathSize];
   MakeLogFilePath(path);
   const int flags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   const Descriptor file(open(path, flags, 0600));
-  struct stat status = {};
-  if (!file || fstat(file.get(), &status) != 0) return;
-  if (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode)) return;
-  [[maybe_unused]] const ssize_t written = write(file.get(), line.end() - line.size(), line.size());
+  if (!file || !IsWithinFileLimit(file.get(), line.size())) return;
+  [[maybe_unused]] const ssize_t written = pwrite(file.get(), line.begin(), line.size(), 0);
 }
 
 // Apart from its callers, so that a call with logging off does not touch the large buffer.
