@@ -1,3 +1,5 @@
+#include <gtest/gtest.h>
+
 #include <cerrno>
 #include <ostream>
 #include <string>
@@ -11,9 +13,7 @@
 namespace {
 
 using simulator::EmulatedUsbReader;
-using simulator::UsbTraits;
 using Names = std::vector<std::string>;
-using std::string_literals::operator""s;
 
 constexpr std::uint32_t kVendor = 0x0403;
 constexpr std::uint32_t kProduct = 0xBCD5;
@@ -71,7 +71,7 @@ TEST_P(HidOpenOtherIds, FindsNoDevice) {
 
   EXPECT_EQ(-50, COMM_Hid_OpenLinuxUsbLibHid(GetParam().vendor, GetParam().product));
 
-  EXPECT_EQ((Names{Info(GetParam().logged + "\n"s), Info("vid=0403 pid=BCD5\n"),
+  EXPECT_EQ((Names{Info(std::string(GetParam().logged) + "\n"), Info("vid=0403 pid=BCD5\n"),
                    Info("vid=1D6B pid=0002\n"), Info("get hiddev err!\n")}),
             LogLines());
   EXPECT_EQ(Names{}, reader.Trace());
