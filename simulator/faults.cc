@@ -7,33 +7,26 @@ namespace simulator {
 namespace {
 
 constexpr FaultRow kFaults[] = {
-    {FaultId::kSilent,       "silent",         "",        0,    -5,   "nothing answers"                             },
-    {FaultId::kNoCard,       "no-card",        "",        0,    -5,   "search and select find no card"              },
-    {FaultId::kCardAfter,    "card-after",     "SECONDS", 3,    0,
-     "the card comes so long after the host's first request"                                                        },
-    {FaultId::kSelectNoCard, "select-no-card", "",        0,    -10,  "search finds a card, select does not"        },
-    {FaultId::kIcPowerOn,    "ic-power-on",    "",        0,    -100, "select answers with its IC power-on status"  },
-    {FaultId::kUnsupported,  "unsupported",    "",        0,    -5,
-     "the read is answered with the unsupported status"                                                             },
-    {FaultId::kReadFailed,   "read-failed",    "",        0,    -5,   "the read is answered with the failed status" },
-    {FaultId::kBadCheck,     "bad-check",      "",        0,    -5,   "the check byte of every read reply is wrong" },
-    {FaultId::kBadCheckOnce, "bad-check-once", "",        0,    0,
-     "the check byte of the first read reply is wrong"                                                              },
-    {FaultId::kLength,       "length",         "BYTES",   1296, -5,   "a read reply of this length, right in itself"},
-    {FaultId::kCut,          "cut",            "BYTES",   700,  -5,   "the read reply stops after so many bytes"    },
-    {FaultId::kGarbage,      "garbage",        "BYTES",   7,    -5,   "so many bytes FF before every reply"         },
-    {FaultId::kSlow,         "slow",           "BYTES/S", 1000, 0,
-     "replies trickle; a read reply that takes over 5 s is not read"                                                },
-    {FaultId::kLate,         "late",           "SECONDS", 2,    0,
-     "every reply is late; over 3 s the host gives up first"                                                        },
-    {FaultId::kHangUp,       "hang-up",        "BYTES",   700,  -5,
-     "the line goes dead after so many bytes of replies"                                                            },
-    {FaultId::kOtherKind,    "other-kind",     "",        0,    -11,  "a card of another kind lies there"           },
-    {FaultId::kUnknownKind,  "unknown-kind",   "",        0,    -11,
-     "the card's kind mark is an X, which no kind has"                                                              },
-    {FaultId::kPhotoLength,  "photo-length",   "BYTES",   1023, -100,
-     "the card states this photo length instead of 1024"                                                            },
-    {FaultId::kPhotoRefused, "photo-refused",  "",        0,    -7,   "a photo that the decoder refuses"            },
+    {FaultId::kSilent,       -5,   "silent",         "",        0,    "nothing answers"                           },
+    {FaultId::kNoCard,       -5,   "no-card",        "",        0,    "search and select find no card"            },
+    {FaultId::kCardAfter,    0,    "card-after",     "SECONDS", 3,    "the card comes so long after the start"    },
+    {FaultId::kSelectNoCard, -10,  "select-no-card", "",        0,    "search finds a card, select does not"      },
+    {FaultId::kIcPowerOn,    -100, "ic-power-on",    "",        0,    "select answers with its IC power-on status"},
+    {FaultId::kUnsupported,  -5,   "unsupported",    "",        0,    "a read gets the unsupported status"        },
+    {FaultId::kReadFailed,   -5,   "read-failed",    "",        0,    "a read gets the failed status"             },
+    {FaultId::kBadCheck,     -5,   "bad-check",      "",        0,    "every read reply has a wrong check byte"   },
+    {FaultId::kBadCheckOnce, 0,    "bad-check-once", "",        0,
+     "the first one only has a wrong check byte"                                                                  },
+    {FaultId::kLength,       -5,   "length",         "BYTES",   1296, "read replies of this length"               },
+    {FaultId::kCut,          -5,   "cut",            "BYTES",   700,  "read replies stop after so many bytes"     },
+    {FaultId::kGarbage,      -5,   "garbage",        "BYTES",   7,    "so many bytes FF before every reply"       },
+    {FaultId::kSlow,         0,    "slow",           "BYTES/S", 1000, "replies trickle; the host waits 5 s"       },
+    {FaultId::kLate,         0,    "late",           "SECONDS", 2,    "replies come late; the host waits 3 s"     },
+    {FaultId::kHangUp,       -5,   "hang-up",        "BYTES",   700,  "the line goes dead after so many bytes"    },
+    {FaultId::kOtherKind,    -11,  "other-kind",     "",        0,    "a card of another kind lies there"         },
+    {FaultId::kUnknownKind,  -11,  "unknown-kind",   "",        0,    "the card's kind mark is of no kind"        },
+    {FaultId::kPhotoLength,  -100, "photo-length",   "BYTES",   1023, "a photo length other than 1024"            },
+    {FaultId::kPhotoRefused, -7,   "photo-refused",  "",        0,    "a photo that no decoder can decode"        },
 };
 
 bool HasUnit(const FaultRow& row) { return row.unit[0] != '\0'; }
@@ -80,7 +73,7 @@ std::string FaultHelp() {
     std::string name = row.name;
     if (HasUnit(row)) name += std::string("=") + row.unit;
     char line[160];
-    std::snprintf(line, sizeof line, "%-20s  %-64s  -> %d\n", name.c_str(), row.about, row.result);
+    std::snprintf(line, sizeof line, "%-20s  %-42s  -> %d\n", name.c_str(), row.about, row.result);
     help += line;
   }
   return help;

@@ -34,10 +34,10 @@ enum class FaultId {
 
 struct FaultRow {
   FaultId id;
+  int result;  // published, of reading a resident card with the table's value
   const char* name;
   const char* unit;  // of the value, "" for a fault without one
   long value;        // when none is given
-  int result;        // published result of reading a resident card with this value
   const char* about;
 };
 
