@@ -16,8 +16,10 @@ void SetColorMode(ColorMode mode);
 // LC_ALL, LC_MESSAGES, LANG: a value that begins with "zh" means Chinese.
 Language LanguageOfEnvironment();
 
-// The text of the chosen language; both stand side by side where they are used.
-const char* Tr(const char* english, const char* chinese);
+// The text of the chosen language; both stand side by side where they are used, and the compiler
+// checks both as formats.
+const char* Tr(const char* english, const char* chinese)
+    __attribute__((format_arg(1), format_arg(2)));
 
 enum class Ink { kPlain, kBold, kDim, kRed, kGreen, kYellow };
 
