@@ -98,7 +98,7 @@ int SaveBmp(const char* path, const unsigned char* pixels, int width, int height
   const PixelRows rows = RowsOf(width, height);
   const HeapBytes file = MakeFile(headers, rows, pixels);
   if (file == nullptr) {
-    LOG_API_RESULT(true, "malloc  pRGBData : error");
+    LOG_API("malloc  pRGBData : error");
     std::fwrite(headers.data(), headers.size(), 1, bmp.get());
     return 0;
   }
