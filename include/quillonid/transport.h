@@ -54,55 +54,79 @@ typedef struct QL_SAVED_PARAMETERS {
 /** @name Serial port: raw, 8 data bits, no parity, 1 stop bit
  *  @{ */
 
-/** Opens `path` at `baud` bit/s; a rate that is not listed becomes 9600. An open port is closed
- *  first. Returns 0, -3 (cannot be opened) or -1 (its settings cannot be read or applied); after a
- *  failure no port is open. */
+/** Opens `path` at `baud` bit/s and discards what had arrived; an open port is closed first.
+ *  Listed rates: 300, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200, 230400; any other
+ * becomes 9600. The path is opened for reading and writing, without O_NOCTTY: a service that leads
+ * its session and has no controlling terminal gets this one, and SIGHUP when the line goes away;
+ * let it hold another terminal or ignore SIGHUP. A tty that waits for a carrier keeps the open
+ * waiting. Returns 0, -3 (cannot be opened) or -1 (its settings cannot be read or applied); after a
+ * failure no port is open. */
 QL_API int COMM_Com_OpenLinux(const char* path, int baud);
-/** Sends `len` bytes. Returns the bytes written; -2 without a port, data or length. */
+/** As QL_SendDataToTransPort(). */
 QL_API int COMM_Com_WriteLinux(const unsigned char* data, int len);
-/** Reads until `wanted` bytes, the end condition, the time limit (whole seconds) or a cancel.
- * Returns the bytes read, -2 (no port, no buffer), -55 (read failed), -56 (time) or -57
- * (cancelled). */
+/** Reads until `wanted` bytes, the end condition, the time limit or a cancel.
+ *  @param buffer        room for `wanted` bytes
+ *  @param wanted        at most 2147483647; 0 returns 0 at once
+ *  @param timeout_s     whole seconds; the read ends between `timeout_s` and one second more. A
+ *                       negative limit counts as 1
+ *  @param end_condition null, or asked at least every 0.1 s, also when no byte has come yet
+ *  @return the bytes read, -2 (no port, no buffer, `wanted` too large), -55 (read failed), -56
+ * (time) or -57 (cancelled); bytes that came before a negative result are in the buffer */
 QL_API int COMM_Com_ReadLinux(unsigned char* buffer, uint32_t wanted, int timeout_s,
                               QL_END_CONDITION end_condition);
-/** Ends a running read within 0.1 s; may be called from another thread. Returns 0, or -57 when the
- *  descriptor is 0. */
+/** Ends a running read, or a write that waits for the line, within 0.1 s; may be called from
+ * another thread. Without one it has no effect. Returns 0, or -57 when the port's descriptor is 0:
+ * such a port cannot be cancelled. */
 QL_API int COMM_Com_CancelLinuxRead(void);
-/** Restores the line settings and closes. Returns 0. */
+/** Waits until the output has left, restores the line settings and closes. Returns 0. */
 QL_API int COMM_Com_CloseLinux(void);
 /** Discards input that has arrived. */
 QL_API void ClearReceiveBuffer(void);
-QL_API int ReadBlock(unsigned char* buffer, int len);        /**< one read(); its result */
-QL_API int WriteBlock(const unsigned char* buffer, int len); /**< one write(); its result */
-QL_API int ReadUnBlock(unsigned char* buffer, int len);      /**< one read() within 1 s, else 0 */
-QL_API int WriteUnBlock(const unsigned char* buffer,
-                        int len); /**< one write() within 1 s, else 0 */
-/** Sends `len` bytes. Returns the bytes written; -2 without a port, data or length. */
+/** One read() of up to `len` bytes; waits 0.1 s at most. Returns its result, or -2 without a port,
+ * a buffer or a length of 0 or more. */
+QL_API int ReadBlock(unsigned char* buffer, int len);
+/** One write(). Returns its result, or -2 as ReadBlock(). */
+QL_API int WriteBlock(const unsigned char* buffer, int len);
+/** ReadBlock() as soon as something has arrived; 0 when nothing does within 1 s. */
+QL_API int ReadUnBlock(unsigned char* buffer, int len);
+/** WriteBlock() as soon as the line takes bytes; when it does not within 1 s, pending output is
+ *  discarded and the result is 0. */
+QL_API int WriteUnBlock(const unsigned char* buffer, int len);
+/** Sends `len` bytes. A line that takes no byte for 5 seconds, a failure and a cancel end it early.
+ *  Returns the bytes written; -2 without a port, data or a length above 0. */
 QL_API int QL_SendDataToTransPort(const unsigned char* data, int len);
-/** Uses `fd` as the open port. Returns 0. */
+/** Makes `fd` the open port, -2 none. A port that was open is forgotten, not closed; from now on
+ *  COMM_Com_CloseLinux() closes `fd`, without changing its line settings. Returns 0. */
 QL_API int SetAuxFd(int fd);
-/** Restores the line settings of the open port. Returns 0. */
+/** Restores the line settings that COMM_Com_OpenLinux() found; the port stays open. Returns 0. */
 QL_API int ResetAux(void);
 /** @} */
 
 /** @name Terminal auxiliary port: the terminal on standard output passes bytes on
+ *  `family` is the terminal family, 1 to 5; any other value counts as 1. `aux_number` is the port,
+ * 1 to 4; a higher one counts as the family's first. `mode_flag`: non-zero locks the terminal's
+ *  keyboard (KAM of ECMA-48) around the session.
  *  @{ */
 
-/** Opens the terminal on standard output as a serial port and its auxiliary port behind it. Returns
- *  0, the serial port's code, or -1 when the opening sequence was refused. */
+/** Opens the terminal on standard output as a serial port at `baud`, and its auxiliary port behind
+ *  it. Returns 0; the serial port's code, -3 also when standard output is no terminal; or -1 for
+ *  `aux_number` 0. */
 QL_API int COMM_Com_OpenLinuxAux(uint32_t family, uint32_t aux_number, uint32_t baud,
                                  uint32_t mode_flag);
-/** Sends the family's opening sequence. Returns 0, or -2 for `aux_number` below 1. */
+/** Sends the family's opening sequence on the open port and keeps what wraps the writes. Whether
+ * the bytes got through is not checked. Returns 0, or -2 for `aux_number` 0. */
 QL_API int COMM_Com_OpenAuxPort(uint32_t family, uint32_t aux_number, uint32_t baud,
                                 uint32_t mode_flag);
-/** Writes the opening sequence of family 1 with its zero to `out` (64 bytes). Returns 0. */
+/** Writes the opening sequence of family 1 with its zero to `out`, a buffer of 64 bytes. Returns 0,
+ *  or -2 for null. */
 QL_API int Star_GetOpenAuxCmd(uint32_t aux_number, uint32_t baud, char* out);
-/** Sends prefix, data and suffix. Returns the data's result; -2 without data or length. */
+/** Sends prefix, data and suffix. Returns the result of the data's write; -2 without data or a
+ *  length above 0. */
 QL_API int COMM_Com_WriteLinuxAux(const unsigned char* data, int len);
 /** As COMM_Com_ReadLinux(). */
 QL_API int COMM_Com_ReadLinuxAux(unsigned char* buffer, uint32_t wanted, int timeout_s,
                                  QL_END_CONDITION end_condition);
-/** Closes auxiliary port and serial port. Returns 0. */
+/** Closes the auxiliary port and the serial port. Returns 0. */
 QL_API int COMM_Com_CloseLinuxAux(uint32_t mode_flag);
 /** Sends the family's closing sequence. Returns 0. */
 QL_API int COMM_Com_CloseAuxPort(uint32_t mode_flag);
@@ -129,40 +153,44 @@ QL_API void COMM_Hid_SetLinuxHidClearZero(uint32_t flag);
 /** @} */
 
 /** @name Dispatcher
- *  Each returns its transport's result, or -1 for a kind without one.
+ *  Each function returns its transport's result, -1 for a connection kind without a transport, -2
+ *  for a null description. The functions with Linux in their name do the same without a log line.
  *  @{ */
-QL_API int COMM_Dev_OpenTransPort(
-    QL_TRANSPORT_DESCRIPTION* description); /**< opens and keeps the read settings */
-QL_API int COMM_Dev_WriteDataToTransPort(const unsigned char* data,
-                                         int len); /**< bytes written, or a negative code */
-QL_API int COMM_Dev_ReadDataFromTransPort(
-    unsigned char* buffer,
-    int max); /**< bytes read, or a negative code; takes its seconds off the kept time */
-QL_API int COMM_Dev_CloseTransPort(void);           /**< closes; the kind stays kept */
-QL_API int COMM_Dev_CancelRead(void);               /**< ends a running serial read */
-QL_API int COMM_Dev_ChangeReadTimeOut(int seconds); /**< sets the seconds left for reads; 0 */
-QL_API int COMM_Dev_ChangeEndCondition(
-    QL_END_CONDITION end_condition);                /**< sets the end condition; 0 */
-QL_API int COMM_Dev_SetHidClearZero(uint32_t flag); /**< sets the USB trailing-zero flag; 0 */
-QL_API int COMM_Dev_ChangeTermParam(
-    QL_TRANSPORT_DESCRIPTION* description); /**< keeps the read settings without opening; 0 */
-QL_API int COMM_Dev_UseComm(int x);         /**< returns its argument */
-QL_API int COMM_Dev_Linux_OpenTransPort(
-    QL_TRANSPORT_DESCRIPTION* description); /**< see COMM_Dev_OpenTransPort() */
-QL_API int COMM_Dev_Linux_WriteDataToTransPort(const unsigned char* data,
-                                               int len); /**< see COMM_Dev_WriteDataToTransPort() */
-QL_API int COMM_Dev_Linux_ReadDataFromTransPort(
-    unsigned char* buffer, int max);                   /**< see COMM_Dev_ReadDataFromTransPort() */
-QL_API int COMM_Dev_Linux_CloseTransPort(void);        /**< see COMM_Dev_CloseTransPort() */
-QL_API int COMM_Dev_Linux_CancelLinuxRead(void);       /**< see COMM_Dev_CancelRead() */
-QL_API int COMM_Dev_Linux_ChangeReadTime(int seconds); /**< see COMM_Dev_ChangeReadTimeOut() */
-QL_API int COMM_Dev_Linux_ChangeEndCondition(
-    QL_END_CONDITION end_condition); /**< see COMM_Dev_ChangeEndCondition() */
-QL_API int COMM_Dev_Linux_SetLinuxHidClearZero(
-    uint32_t flag); /**< see COMM_Dev_SetHidClearZero() */
-QL_API int COMM_Dev_Linux_ChangeTermParam(
-    QL_TRANSPORT_DESCRIPTION* description); /**< see COMM_Dev_ChangeTermParam() */
-/** Overwrites what the dispatcher keeps. Returns 0. */
+
+/** Opens the transport of `description` and keeps its read settings. An open transport of the other
+ *  kind is closed first. */
+QL_API int COMM_Dev_OpenTransPort(QL_TRANSPORT_DESCRIPTION* description);
+/** Sends `len` bytes. Returns the bytes written, or a negative code. */
+QL_API int COMM_Dev_WriteDataToTransPort(const unsigned char* data, int len);
+/** Reads up to `max` bytes with the kept end condition and the kept time, and takes the whole
+ *  seconds it used off that time. Returns the bytes read, or a negative code. */
+QL_API int COMM_Dev_ReadDataFromTransPort(unsigned char* buffer, int max);
+/** Closes; what is kept stays kept. */
+QL_API int COMM_Dev_CloseTransPort(void);
+/** Ends a running serial read; may be called from another thread. */
+QL_API int COMM_Dev_CancelRead(void);
+/** Sets the seconds left for reads. Returns 0. */
+QL_API int COMM_Dev_ChangeReadTimeOut(int seconds);
+/** Sets the end condition; null for none. Returns 0. */
+QL_API int COMM_Dev_ChangeEndCondition(QL_END_CONDITION end_condition);
+/** COMM_Hid_SetLinuxHidClearZero(). Returns 0. */
+QL_API int COMM_Dev_SetHidClearZero(uint32_t flag);
+/** Keeps read time, end condition, kind and auxiliary close flag without opening. Returns 0. */
+QL_API int COMM_Dev_ChangeTermParam(QL_TRANSPORT_DESCRIPTION* description);
+/** Returns its argument. */
+QL_API int COMM_Dev_UseComm(int x);
+
+QL_API int COMM_Dev_Linux_OpenTransPort(QL_TRANSPORT_DESCRIPTION* description);
+QL_API int COMM_Dev_Linux_WriteDataToTransPort(const unsigned char* data, int len);
+QL_API int COMM_Dev_Linux_ReadDataFromTransPort(unsigned char* buffer, int max);
+QL_API int COMM_Dev_Linux_CloseTransPort(void);
+QL_API int COMM_Dev_Linux_CancelLinuxRead(void);
+QL_API int COMM_Dev_Linux_ChangeReadTime(int seconds);
+QL_API int COMM_Dev_Linux_ChangeEndCondition(QL_END_CONDITION end_condition);
+QL_API int COMM_Dev_Linux_SetLinuxHidClearZero(uint32_t flag);
+QL_API int COMM_Dev_Linux_ChangeTermParam(QL_TRANSPORT_DESCRIPTION* description);
+
+/** Overwrites everything that the dispatcher keeps. Returns 0, or -2 for null. */
 QL_API int SetBackUpParam(const QL_SAVED_PARAMETERS* parameters);
 /** @} */
 

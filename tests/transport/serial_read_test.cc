@@ -180,12 +180,16 @@ TEST_F(SerialRead, LogsNothingOtherwise) {
   EXPECT_TRUE(LogLines().empty());
 }
 
+namespace {
+
 struct LimitCase {
   int timeout;
   double least, most;  // seconds; a pass of 0.1 s is added
 };
 void PrintTo(const LimitCase& tested, std::ostream* out) { *out << tested.timeout << " s"; }
 class SerialReadLimit : public SerialRead, public testing::WithParamInterface<LimitCase> {};
+
+}  // namespace
 
 // On a line that was hung up every pass is a nap, which costs no real time.
 TEST_P(SerialReadLimit, EndsBetweenTheLimitAndOneSecondMore) {

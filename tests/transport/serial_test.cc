@@ -45,12 +45,16 @@ bool PortIsOpen() {
 
 }  // namespace
 
+namespace {
+
 struct RateCase {
   int baud;
   speed_t code;
 };
 void PrintTo(const RateCase& tested, std::ostream* out) { *out << tested.baud << " bit/s"; }
 class OpenLinuxRate : public testing::TestWithParam<RateCase> {};
+
+}  // namespace
 
 TEST_P(OpenLinuxRate, SetsTheSpeed) {
   const Pty pty;
@@ -162,6 +166,8 @@ TEST(OpenLinux, ClosesAnOpenPortFirst) {
   EXPECT_NEAR(0.00105, stand_in_clock::SecondsSlept() - slept, 1e-9);
 }
 
+namespace {
+
 struct FailureCase {
   const char* name;
   int result;
@@ -170,7 +176,7 @@ void PrintTo(const FailureCase& tested, std::ostream* out) { *out << tested.name
 class OpenLinuxFailure : public testing::TestWithParam<FailureCase> {
  protected:
   static std::string Path(const std::string& name) {
-    const std::string path = TemporaryFolder() + "/" + name;
+    std::string path = TemporaryFolder() + "/" + name;
     if (name == "fifo") {
       EXPECT_EQ(0, mkfifo(path.c_str(), 0600));
     }
@@ -178,6 +184,8 @@ class OpenLinuxFailure : public testing::TestWithParam<FailureCase> {
     return path;
   }
 };
+
+}  // namespace
 
 TEST_P(OpenLinuxFailure, LeavesNoPortOpen) {
   const Pty pty;

@@ -44,6 +44,8 @@ std::string Pattern(int size) {
 
 }  // namespace
 
+namespace {
+
 struct WriteFunction {
   const char* name;
   int (*call)(const unsigned char*, int);
@@ -51,6 +53,8 @@ struct WriteFunction {
 void PrintTo(const WriteFunction& tested, std::ostream* out) { *out << tested.name; }
 class SerialWriteFunction : public SerialWrite,
                             public testing::WithParamInterface<WriteFunction> {};
+
+}  // namespace
 
 TEST_P(SerialWriteFunction, SendsEveryByteValueAsItIs) {
   const std::string bytes = Pattern(256);
