@@ -64,7 +64,8 @@ Card MakeCard(const Specimen& person, bool fingerprints) {
   Card card;
   card.person = person;
   card.fingerprints = fingerprints;
-  card.photo = Pattern(person.id + " photo", kPhotoSize);
+  const PhotoBlock photo = SpecimenPhotoBlock(person.portrait);
+  card.photo.assign(photo.begin(), photo.end());
   return card;
 }
 

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "simulator/specimen_photo.h"
+
 namespace simulator {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -40,6 +42,7 @@ struct Specimen {
   std::map<std::string, std::string> text;  // field name, UTF-8 without padding; absent: blanks
   std::string sex;                          // the sex code in words
   std::string nation;                       // nation or country in words, empty if there is none
+  PortraitStyle portrait{};
 };
 
 // Every specimen, the kinds in turn; the first of a kind is the plain one and bears its name:

@@ -141,7 +141,7 @@ Card CardModule::CardAsRead() const {
   if (const Fault* length = Find(FaultId::kPhotoLength)) {
     card.photo_length = static_cast<unsigned>(length->value);
   }
-  if (Find(FaultId::kPhotoRefused) != nullptr) card.photo.assign(kPhotoSize, 0);
+  if (Find(FaultId::kPhotoRefused) != nullptr) card.photo.assign(kPhotoSize, 0);  // no portrait
   return card;
 }
 

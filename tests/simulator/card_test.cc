@@ -100,6 +100,19 @@ TEST(Specimens, FillEveryFieldOfEachKindToItsEnd) {
   }
 }
 
+TEST(Specimens, LookDifferent) {
+  std::set<std::string> photos;
+  for (const Specimen& specimen : Specimens()) {
+    const Card card = MakeCard(specimen);
+    ASSERT_EQ(1024U, card.photo.size());
+    PortraitStyle style;
+    ASSERT_TRUE(ReadSpecimenPhotoBlock(card.photo.data(), &style)) << specimen.id;
+    EXPECT_EQ(specimen.portrait, style);
+    photos.insert(HexText(card.photo));
+  }
+  EXPECT_EQ(Specimens().size(), photos.size());
+}
+
 TEST(TextFields, CoverTheTextWithoutAGap) {
   for (const Kind kind : {Kind::kResident, Kind::kForeigner, Kind::kPermit}) {
     std::size_t offset = 0;
