@@ -23,6 +23,7 @@ function(ql_add_tests name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
   target_link_libraries(${name} PRIVATE ql_warnings quillonid_testing ${arg_LIBRARIES} GTest::gtest
                                         GTest::gtest_main)
+  target_compile_options(${name} PRIVATE -O1)  # Compiling costs more than running.
   add_dependencies(${name} private-root)
   set_target_properties(${name} PROPERTIES
     CROSSCOMPILING_EMULATOR "${QL_PRIVATE_ROOT};${CMAKE_CROSSCOMPILING_EMULATOR}")

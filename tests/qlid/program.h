@@ -1,0 +1,51 @@
+// A program run as a person or a script would: with pipes or on a pseudo-terminal, and signals.
+#ifndef QUILLONID_TESTS_QLID_PROGRAM_H
+#define QUILLONID_TESTS_QLID_PROGRAM_H
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+struct Output {
+  int exit = -1;  // exit status, or 128 + signal
+  std::string out;
+  std::string err;
+};
+
+class Program {
+ public:
+  // Starts qlid with these arguments. `environment` entries are "NAME=value". With `terminal`
+  // standard error is a pseudo-terminal.
+  explicit Program(const std::vector<std::string>& arguments,
+                   const std::vector<std::string>& environment = {}, bool terminal = false);
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+  ~Program();
+
+  void Signal(int number) const;
+
+  // Waits until standard output or standard error holds `text`; false when 20 s pass or the program
+  // ends first.
+  bool WaitFor(const std::string& text);
+
+  // What it has written so far.
+  const std::string& out() const { return output_.out; }
+  const std::string& err() const { return output_.err; }
+
+  // Waits for the end.
+  Output Finish();
+
+ private:
+  bool Pump(int milliseconds);  // false when both ends are closed
+
+  pid_t pid_ = -1;
+  int out_ = -1;
+  int err_ = -1;
+  Output output_;
+};
+
+Output RunQlid(const std::vector<std::string>& arguments,
+               const std::vector<std::string>& environment = {});
+
+#endif
