@@ -87,6 +87,9 @@ void TY_Id_ConvertErr(int nInErrCode, int* pOut) {
 char* TY_IDGetErrMessage(int nInErrCode, char* pMsg) {
   LOG_API("[%s] Start ", __func__);
   LOG_API("nInErrCode = %d ", nInErrCode);
+  if (pMsg == nullptr) return nullptr;
   // The text and its zero only: the buffer may be shorter than a field of the table.
-  return pMsg != nullptr ? std::strcpy(pMsg, MessageOf(nInErrCode)) : nullptr;
+  const char* text = MessageOf(nInErrCode);
+  std::memcpy(pMsg, text, std::strlen(text) + 1);
+  return pMsg;
 }

@@ -1,0 +1,120 @@
+#include <algorithm>
+#include <chrono>
+
+#include "tests/reader/engine_fixture.h"
+
+using CardCancel = Engine;
+
+namespace {
+
+void Cancel() { CancelIdRead(); }
+
+// When the library has begun to wait for the answer.
+void CancelTheWait() {
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  CancelIdRead();
+}
+
+std::chrono::milliseconds TimeOf(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                               start);
+}
+
+std::size_t Count(const Lines& lines, const std::string& line) {
+  return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
+}
+
+}  // namespace
+
+TEST_F(CardCancel, EndsASearchWithinOnePass) {
+  reader.On(kSearchCommand, kNoCardAnswer, Cancel);
+
+  EXPECT_EQ(-57, SearchCard(60000));
+
+  EXPECT_EQ(Lines{kSearchCommand}, reader.Commands());
+}
+
+TEST_F(CardCancel, EndsASearchThatWaitsForAnAnswer) {
+  stand_in_clock::UseSystemClock();
+  reader.On(kSearchCommand, kSilence, CancelTheWait);
+
+  const auto taken = TimeOf([] { EXPECT_EQ(-57, SearchCard(60000)); });
+
+  EXPECT_LT(taken, std::chrono::milliseconds(2500));  // well below the three seconds of a search
+}
+
+TEST_F(CardCancel, EndsARead) {
+  stand_in_clock::UseSystemClock();
+  reader.On(kSearchCommand, kFoundAnswer);
+  reader.On(kSelectCommand, kSelectedAnswer);
+  reader.On(kReadCommand, kSilence, CancelTheWait);
+
+  const auto taken = TimeOf([this] { EXPECT_EQ(-57, Get(60)); });
+
+  EXPECT_GE(taken, std::chrono::milliseconds(1900));  // the pauses behind select and read
+  EXPECT_LT(taken, std::chrono::milliseconds(4800));  // below the five seconds of a read
+}
+
+TEST_F(CardCancel, EndsASequenceThatWaitsForTheSelect) {
+  reader.On(kSearchCommand, kFoundAnswer);
+  reader.On(kSelectCommand, kSilence, CancelTheWait);
+
+  EXPECT_EQ(-57, Get(60));
+
+  EXPECT_EQ((Lines{kSearchCommand, kSelectCommand}), reader.Commands());
+}
+
+TEST_F(CardCancel, EndsASequenceThatHasReadTheCard) {
+  reader.On(kSearchCommand, kFoundAnswer);
+  reader.On(kSelectCommand, kSelectedAnswer);
+  reader.On(kReadCommand, ReadReply(1295), Cancel);
+
+  EXPECT_EQ(-57, Get(60));
+}
+
+TEST_F(CardCancel, EndsOneCommandReads) {
+  tFuncReadOneInstr(1);
+  reader.On(kOneCommand, kReadFailedAnswer, Cancel);
+
+  EXPECT_EQ(-57, Get(60));
+
+  EXPECT_EQ(Lines{kOneCommand}, reader.Commands());
+}
+
+// Search, select and the whole sequence clear the flag as they begin.
+TEST_F(CardCancel, IsLostWhenItComesBeforeTheRead) {
+  reader.HoldCard(ReadReply(1295));
+
+  CancelIdRead();
+  EXPECT_EQ(0, Get(10));
+  CancelIdRead();
+  EXPECT_EQ(0, SearchCard(10000));
+  CancelIdRead();
+  EXPECT_EQ(0, SelectIDCard());
+}
+
+TEST_F(CardCancel, IsNotClearedBySelectIDCardOneTime) {
+  NEEDS_PRIVATE_ROOT();
+  reader.On(kSelectCommand, kSelectedAnswer);
+  CancelIdRead();
+  SelectIDCardOneTime();
+  SwitchLogging(true);
+
+  CancelIdRead();
+
+  EXPECT_TRUE(LogLines().empty());  // still set, so nothing is passed on to the link
+}
+
+TEST_F(CardCancel, DoesNothingMoreTheSecondTime) {
+  NEEDS_PRIVATE_ROOT();
+  SwitchLogging(true);
+
+  EXPECT_EQ(0, CancelIdRead());
+  const Lines first = LogLines();
+  EXPECT_EQ(0, CancelIdRead());
+
+  EXPECT_EQ(1U, Count(first, LineOpening(false, "CommDev:") + "[COMM_Id_CancelRead] Start "));
+  EXPECT_EQ(first, LogLines());
+}
