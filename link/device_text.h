@@ -1,20 +1,22 @@
-// The caller's device text, taken apart into a transport description.
+// What a device string names: "HID", "/dev/ttyS0" and the like.
 #ifndef QUILLONID_LINK_DEVICE_TEXT_H
 #define QUILLONID_LINK_DEVICE_TEXT_H
 
+#include <cstdint>
+
 #include "quillonid/transport.h"
 
-// How a text changes the connection type that is reported upward.
-inline constexpr int kKeepConnectType = -1;
-
 struct DeviceText {
-  int result;        // 0, -2 (not understood) or -50 (a path that is too long)
-  int connect_type;  // or kKeepConnectType
+  const char* device;
+  int baud;        // of a "COM" port: 9600 or 115200
+  int first_baud;  // at which a serial reader is reached first
+  int aux_param;
 };
 
-// Fills the fields that the text decides. `first_baud` is the speed to open a serial port at,
-// `baud` what the caller asked for.
-DeviceText ParseDeviceText(const char* device, int baud, int first_baud, int aux_param,
-                           QL_TRANSPORT_DESCRIPTION* description);
+// Fills the fields of `description` that the string speaks of, and `connect_type` where its keyword
+// has one. Returns 0, RET_PUB_INVAL_PARAM for a string or baud rate that is not understood, or
+// RET_PUB_DEVICE_ERROR for a path that does not fit; after a failure the kind is the one before.
+int ReadDeviceText(const DeviceText& text, QL_TRANSPORT_DESCRIPTION* description,
+                   std::uint32_t* connect_type);
 
 #endif

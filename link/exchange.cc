@@ -1,150 +1,142 @@
-// Reader exchange: a message goes out, framed or raw, and its answer comes back.
+// Reader exchange: a message out, framed or raw, and its answer in. Head and end bytes of (0, 0)
+// mean raw.
 #include "link/exchange.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 
-#include "link/packet.h"
 #include "quillonid/link.h"
 #include "quillonid/results.h"
 #include "support/log.h"
 
 namespace {
 
-// The open reader and its last answer.
+// The reader opened last. Its kind is set by each successful open and never cleared; the status is
+// that of the last framed response, cleared when an exchange or a read starts.
 struct {
-  std::uint32_t nKind;  // connection kind. Set by each successful open; never cleared.
-  std::uint32_t
-      gStatus;  // status word of the last framed response. Cleared by every read and exchange.
+  std::uint32_t nKind;
+  std::uint32_t gStatus;
 } stZELPAD;
-std::uint8_t gEndChar = 0x03;  // end byte that ChangeEndCondition looks for. Set by every read.
 
-constexpr int kIncomplete = -1;
+std::uint8_t gEndChar = 0x03;  // End byte that ChangeEndCondition looks for; set by each read.
+
 constexpr int kNotWritten = -1;
-constexpr std::size_t kRawRoom = 1024;    // longest raw message
-constexpr std::size_t kReadRoom = 4096;   // most bytes of one read
-constexpr std::size_t kSpareRoom = 1024;  // of one further USB transfer
+constexpr int kLongestMessage = 1024;       // written at once, with its frame
+constexpr int kLongestFramedPayload = 508;  // two characters a byte and 8 around
+constexpr int kLongestRead = 4096;
+constexpr int kSpareRoom = 1024;  // a USB transfer may bring that much more than was wanted
 
 bool IsFramed(std::uint8_t head, std::uint8_t end) { return head != 0 || end != 0; }
 
-void ResetStatus() { stZELPAD.gStatus = 0; }
-
-// A negative length is never written, whatever code the transport gives for it.
-int Written(int result, int len) { return result == len && len >= 0 ? 0 : kNotWritten; }
+void ResetStatus() {
+  LOG_EXCHANGE("[%s]Start ", "COMM_Zel_ReSetStatus");
+  stZELPAD.gStatus = 0;
+}
 
 int WriteFramed(std::uint8_t head, std::uint8_t end, const unsigned char* data, int len) {
-  if (len < 0 || static_cast<std::size_t>(len) > kLargestRequest || !data) return kNotWritten;
-  unsigned char frame[kPacketArea] = {};
+  if (!data || len < 0 || len > kLongestFramedPayload) return kNotWritten;
+  std::uint8_t frame[kLongestMessage] = {};
   const auto size =
       static_cast<int>(Str_ZEL_MakePacket(head, end, data, static_cast<std::uint32_t>(len), frame));
-  return Written(COMM_Dev_WriteDataToTransPort(frame, size), size);
+  return COMM_Dev_WriteDataToTransPort(frame, size) == size ? RET_PUB_SUCCESS : kNotWritten;
 }
 
 int WriteRaw(const unsigned char* data, int len) {
-  if (!data) return kNotWritten;
-  unsigned char bytes[kRawRoom] = {};
-  const int kept = std::clamp<int>(len, 0, kRawRoom);
-  std::memcpy(bytes, data, static_cast<std::size_t>(kept));
-  return Written(COMM_Dev_WriteDataToTransPort(bytes, kept), len);
+  if (!data || len < 0) return kNotWritten;
+  const int size = std::min(len, kLongestMessage);
+  // A longer message is cut, and so is never written whole.
+  return COMM_Dev_WriteDataToTransPort(data, size) == len ? RET_PUB_SUCCESS : kNotWritten;
 }
 
-int CopyOut(const unsigned char* bytes, int count, unsigned char* buffer, int max) {
-  const int kept = std::min(count, max);
-  if (buffer) std::memcpy(buffer, bytes, static_cast<std::size_t>(kept));
-  return kept;
+// Copies at most `max` of `count` bytes. Returns the number copied.
+int Deliver(const std::uint8_t* bytes, int count, unsigned char* buffer, int max) {
+  const int size = std::min(count, max);
+  std::memcpy(buffer, bytes, static_cast<std::size_t>(size));
+  return size;
 }
 
-// The payload of a framed answer. Returns its length, 0, or -4.
-int TakeFramed(std::uint8_t head, std::uint8_t end, const unsigned char* packet, int len,
-               unsigned char* buffer, int max) {
-  unsigned char payload[kReadRoom] = {};
-  std::uint32_t size = 0;
+int DeliverPayload(std::uint8_t head, std::uint8_t end, const std::uint8_t* packet, int size,
+                   unsigned char* buffer, int max) {
+  std::uint8_t payload[kLongestRead] = {};
+  std::uint32_t length = 0;
   const int parsed =
-      Str_ZEL_ParsePacket(head, end, packet, static_cast<std::uint32_t>(len), payload, &size);
-  const int length = parsed == RET_PUB_SUCCESS ? static_cast<int>(size) : RET_PUB_CHECK_ERROR;
-  if (stZELPAD.nKind != QL_KIND_PCSC && parsed == RET_PUB_SUCCESS) {
-    LOG_EXCHANGE("Str_ZEL_ParsePacket Data Len = %d ", length);
-  }
-  return length > 0 ? CopyOut(payload, length, buffer, max) : length;
+      Str_ZEL_ParsePacket(head, end, packet, static_cast<std::uint32_t>(size), payload, &length);
+  if (parsed != RET_PUB_SUCCESS) return RET_PUB_CHECK_ERROR;
+  if (stZELPAD.nKind != QL_KIND_PCSC) LOG_EXCHANGE("Str_ZEL_ParsePacket Data Len = %u ", length);
+  return Deliver(payload, static_cast<int>(length), buffer, max);
 }
 
-// What the reader says the card is. Log texts are GBK.
-struct CardCheck {
-  std::uint8_t answer;
-  int result;
+// First byte of the answer, result, line logged (GBK).
+struct CardKind {
+  std::uint8_t code;
+  std::int8_t result;
   char logged[12];
 };
-constexpr CardCheck kCardChecks[] = {
+constexpr CardKind kCardKinds[] = {
     {1, 0, "\xBD\xD3\xB4\xA5IC\xBF\xA8\n"}, // 接触IC卡
     {2, 1, "\xB7\xC7\xBD\xD3IC\xBF\xA8\n"}, // 非接IC卡
     {3, 2, "\xB4\xC5\xCC\xF5\xBF\xA8\n"  }, // 磁条卡
-    {4, 0, "\xC9\xED\xB7\xDD\xD6\xA4\n"  }, // 身份证
+    {4, 0, "\xC9\xED\xB7\xDD\xD6\xA4\n"  }, // 身份证; on purpose the same result as 1
 };
-constexpr CardCheck kUnknownCard = {0, -1, "\xCE\xB4\xD6\xAA\xD2\xEC\xB3\xA3\n"};  // 未知异常
-
-const CardCheck& FindCardCheck(std::uint8_t answer) {
-  for (const CardCheck& row : kCardChecks) {
-    if (row.answer == answer) return row;
-  }
-  return kUnknownCard;
-}
+constexpr CardKind kUnknownCard = {0, -1, "\xCE\xB4\xD6\xAA\xD2\xEC\xB3\xA3\n"};  // 未知异常
 
 }  // namespace
 
 std::uint32_t ReaderKind() { return stZELPAD.nKind; }
 
-int COMM_Zel_OpenReader(QL_TRANSPORT_DESCRIPTION* description) {
+QL_API int COMM_Zel_OpenReader(QL_TRANSPORT_DESCRIPTION* description) {
   LOG_EXCHANGE("[%s]Start ", __func__);
-  const int result = COMM_Dev_OpenTransPort(description);
-  if (result == RET_PUB_SUCCESS && description) stZELPAD.nKind = description->nKind;
-  LOG_EXCHANGE_RESULT(result < 0, "[%s]End nRet = %d  ", __func__, result);
-  return result;
+  const int nRet = COMM_Dev_OpenTransPort(description);
+  if (nRet == RET_PUB_SUCCESS) stZELPAD.nKind = description->nKind;
+  LOG_EXCHANGE_RESULT(nRet != RET_PUB_SUCCESS, "[%s]End nRet = %d  ", __func__, nRet);
+  return nRet;
 }
 
-int COMM_Zel_CloseReader() { return COMM_Dev_CloseTransPort(); }
+QL_API int COMM_Zel_CloseReader() { return COMM_Dev_CloseTransPort(); }
 
-int COMM_Zel_WriteDataToReader(std::uint8_t head, std::uint8_t end, const unsigned char* data,
-                               int len) {
+QL_API int COMM_Zel_WriteDataToReader(uint8_t head, uint8_t end, const unsigned char* data,
+                                      int len) {
   LOG_EXCHANGE("nDataLen = %d", len);
-  if (IsFramed(head, end) && stZELPAD.nKind != QL_KIND_PCSC)
-    return WriteFramed(head, end, data, len);
-  return WriteRaw(data, len);
+  const bool framed = IsFramed(head, end) && stZELPAD.nKind != QL_KIND_PCSC;
+  return framed ? WriteFramed(head, end, data, len) : WriteRaw(data, len);
 }
 
-int COMM_Zel_ReadDataFromReader(std::uint32_t use_end_byte, std::uint8_t head, std::uint8_t end,
-                                unsigned char* buffer, int max) {
+QL_API int COMM_Zel_ReadDataFromReader(uint32_t use_end_byte, uint8_t head, uint8_t end,
+                                       unsigned char* buffer, int max) {
   LOG_EXCHANGE("[ %s ] Start ", __func__);
-  if (max < 1) {
+  if (!buffer || max < 1) {
     LOG_EXCHANGE("Not Read Data ");
     return 0;
   }
+
   gEndChar = end;
+  // On purpose: the test stays installed for later reads until another one replaces it.
   if (use_end_byte != 0 && end != 0) COMM_Dev_ChangeEndCondition(ChangeEndCondition);
-  LOG_EXCHANGE("[%s]Start ", "COMM_Zel_ReSetStatus");
   ResetStatus();
 
-  unsigned char packet[kReadRoom + kSpareRoom] = {};
-  const int got = COMM_Dev_ReadDataFromTransPort(packet, kReadRoom);
-  LOG_EXCHANGE_RESULT(got < 0, "==> nReadLen = %d ", got);
-  if (got <= 0) return got;
-  DPrintDataHexToFile("== ucPacket", packet, got);
-  if (IsFramed(head, end)) return TakeFramed(head, end, packet, got, buffer, max);
+  std::uint8_t packet[kLongestRead + kSpareRoom] = {};
+  const int nReadLen = COMM_Dev_ReadDataFromTransPort(packet, kLongestRead);
+  LOG_EXCHANGE_RESULT(nReadLen <= 0, "==> nReadLen = %d ", nReadLen);
+  if (nReadLen <= 0) return nReadLen;
+  DPrintDataHexToFile("== ucPacket", packet, nReadLen);
 
-  const int copied = CopyOut(packet, got, buffer, max);
-  LOG_EXCHANGE("nretval = %d ", copied);
-  return copied;
+  if (IsFramed(head, end)) return DeliverPayload(head, end, packet, nReadLen, buffer, max);
+  const int nretval = Deliver(packet, nReadLen, buffer, max);
+  LOG_EXCHANGE("nretval = %d ", nretval);
+  return nretval;
 }
 
-int COMM_Zel_SendAndReciveData(std::uint32_t use_end_byte, std::uint8_t head, std::uint8_t end,
-                               const unsigned char* command, int len, unsigned char* response,
-                               int max) {
+QL_API int COMM_Zel_SendAndReciveData(uint32_t use_end_byte, uint8_t head, uint8_t end,
+                                      const unsigned char* command, int len,
+                                      unsigned char* response, int max) {
   LOG_EXCHANGE("[ %s ] Start ", __func__);
   LOG_EXCHANGE("nSendLen %d ", len);
   LOG_EXCHANGE("nMaxReciveBufLen %d ", max);
   ResetStatus();
-  const int written = COMM_Zel_WriteDataToReader(head, end, command, len);
-  if (written != 0 || !command) {
+
+  if (COMM_Zel_WriteDataToReader(head, end, command, len) != RET_PUB_SUCCESS || !command) {
     ResetStatus();
     return RET_PUB_WRITE_ERROR;
   }
@@ -152,61 +144,64 @@ int COMM_Zel_SendAndReciveData(std::uint32_t use_end_byte, std::uint8_t head, st
   return COMM_Zel_ReadDataFromReader(use_end_byte, head, end, response, max);
 }
 
-int COMM_Zel_ReaderCmd(const unsigned char* data, int len) {
-  return Written(COMM_Dev_WriteDataToTransPort(data, len), len);
+QL_API int COMM_Zel_ReaderCmd(const unsigned char* data, int len) {
+  return COMM_Dev_WriteDataToTransPort(data, len) == len ? RET_PUB_SUCCESS : kNotWritten;
 }
 
-std::uint32_t COMM_Zel_GetRecStatus() {
+QL_API uint32_t COMM_Zel_GetRecStatus() {
   LOG_EXCHANGE("[%s] Start stZELPAD.gStatus = %02x", __func__, stZELPAD.gStatus);
   return stZELPAD.gStatus;
 }
 
-std::uint32_t COMM_Zel_SetRecStatus(std::uint32_t status) {
+QL_API uint32_t COMM_Zel_SetRecStatus(uint32_t status) {
   LOG_EXCHANGE("[%s] Start ", __func__);
   LOG_EXCHANGE("status = %02x ", status);
   stZELPAD.gStatus = status;
   return status;
 }
 
-int COMM_Zel_SetHidClearZero(std::uint32_t flag) {
+QL_API int COMM_Zel_SetHidClearZero(uint32_t flag) {
   LOG_EXCHANGE("[%s] Start!\n", __func__);
   COMM_Dev_SetHidClearZero(flag);
   LOG_EXCHANGE("[%s] end!\n", __func__);
   return RET_PUB_SUCCESS;
 }
 
-int COMM_Zel_SetEndCondition(QL_END_CONDITION end_condition) {
+QL_API int COMM_Zel_SetEndCondition(QL_END_CONDITION end_condition) {
   LOG_EXCHANGE("[%s ] Start", __func__);
   return COMM_Dev_ChangeEndCondition(end_condition);
 }
 
-int COMM_Zel_ChageReadTimeOut(int seconds) {
+QL_API int COMM_Zel_ChageReadTimeOut(int seconds) {
   LOG_EXCHANGE("%s Start  nTimeOut = %d ", __func__, seconds);
   return COMM_Dev_ChangeReadTimeOut(seconds);
 }
 
-int COMM_Zel_Cancel() {
+QL_API int COMM_Zel_Cancel() {
   LOG_EXCHANGE("[%s] Start ", __func__);
   return COMM_Dev_CancelRead();
 }
 
-int ChangeEndCondition(const unsigned char* buffer, int count) {
-  if (!buffer || count < 1) return kIncomplete;  // A pass that brought nothing asks too.
-  return buffer[count - 1] == gEndChar ? 0 : kIncomplete;
+QL_API int ChangeEndCondition(const unsigned char* buffer, int count) {
+  // A pass that brought nothing asks too.
+  if (!buffer || count < 1) return -1;
+  return buffer[count - 1] == gEndChar ? 0 : -1;
 }
 
-int ICC_ZELPADCHECKCARD(int kind) {
+QL_API int ICC_ZELPADCHECKCARD(int kind) {
   LOG_EXCHANGE("[%s] Start!\n", __func__);
-  const auto number = static_cast<unsigned>(kind);
-  const unsigned char payload[] = {'2', '0', static_cast<unsigned char>(number >> 8),
-                                   static_cast<unsigned char>(number)};
-  unsigned char response[2048] = {};
-  const int got =
-      COMM_Zel_SendAndReciveData(1, 0x02, 0x03, payload, sizeof payload, response, sizeof response);
-  if (got < 0) return got;
+  const std::uint8_t command[] = {'2', '0', static_cast<std::uint8_t>(kind >> 8 & 0xFF),
+                                  static_cast<std::uint8_t>(kind & 0xFF)};
+  // Cleared: an answer without payload names no card.
+  std::uint8_t response[2048] = {};
+  const int nRet =
+      COMM_Zel_SendAndReciveData(1, 0x02, 0x03, command, sizeof command, response, sizeof response);
+  if (nRet < 0) return nRet;
 
-  const CardCheck& check = FindCardCheck(response[0]);
-  LOG_EXCHANGE("%s", check.logged);
+  const auto known = std::find_if(std::begin(kCardKinds), std::end(kCardKinds),
+                                  [&](const CardKind& card) { return card.code == response[0]; });
+  const CardKind& card = known != std::end(kCardKinds) ? *known : kUnknownCard;
+  LOG_EXCHANGE("%s", card.logged);
   LOG_EXCHANGE("[%s] End!\n", __func__);
-  return check.result;  // On purpose: 0 for a contact card and for an identity card.
+  return card.result;
 }

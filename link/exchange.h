@@ -1,10 +1,11 @@
-// What the device layer asks the exchange; its state stands at the top of exchange.cc.
+// What device opening shares with the reader exchange beyond the exported functions. The state
+// stands at the top of exchange.cc.
 #ifndef QUILLONID_LINK_EXCHANGE_H
 #define QUILLONID_LINK_EXCHANGE_H
 
 #include <cstdint>
 
-// Connection kind of the last reader that was opened.
+// Connection kind of the reader opened last, or 0 when none was.
 std::uint32_t ReaderKind();
 
 #endif

@@ -1,76 +1,99 @@
-// Reader packets: head byte, split length, split payload, split check, end byte.
-#include "link/packet.h"
-
+// Reader packets. Between head and end byte every byte travels as two characters, nibble + 0x30, so
+// that neither can occur inside:
+//   request:  head, length (2 bytes), payload, exclusive-or of the payload, end
+//   response: head, length (2), status (2), payload, exclusive-or of status and payload, end
+// The length of a response counts status and payload.
 #include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <cstring>
+#include <span>
 
-#include "link/str.h"
 #include "quillonid/link.h"
 #include "quillonid/results.h"
 #include "support/log.h"
 
 namespace {
 
-// Positions in the merged body of a response.
-constexpr std::size_t kStatus = 2;
-constexpr std::size_t kPayload = 4;
+constexpr std::uint32_t kFrameCharacters = 8;  // head, length, check byte, end
+constexpr std::size_t kLongestBody = 1024;     // characters
+constexpr std::size_t kStatusAt = 2;
+constexpr std::size_t kPayloadAt = 4;
+constexpr std::uint32_t kStatusSize = 2;
 
-unsigned char* Split(const unsigned char* bytes, int count, unsigned char* out) {
-  Str_ZelModeSplitData(bytes, count, out);
-  return out + 2 * std::ptrdiff_t{count};
+// The bytes strictly between the first head byte and the first end byte behind it; empty when there
+// are none.
+std::span<const std::uint8_t> PacketBody(std::uint8_t head, std::uint8_t end,
+                                         std::span<const std::uint8_t> packet) {
+  const auto first = std::find(packet.begin(), packet.end(), head);
+  if (first == packet.end()) return {};
+  const auto last = std::find(first + 1, packet.end(), end);
+  if (last == packet.end()) return {};
+  return {first + 1, last};
 }
 
-std::uint32_t BigEndian16(const unsigned char* bytes) { return bytes[0] * 256U + bytes[1]; }
+std::uint8_t ExclusiveOr(std::span<const std::uint8_t> bytes) {
+  return Str_GetDataLRC(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+std::uint32_t Word(const std::uint8_t* bytes) { return bytes[0] * 256U + bytes[1]; }
 
 }  // namespace
 
-bool ParseResponse(std::uint8_t head, std::uint8_t end, std::span<const unsigned char> packet,
-                   Response* response) {
-  const auto body = PacketBody(head, end, packet);
-  LOG_EXCHANGE("nBodyLen = %d ", body.empty() ? -1 : static_cast<int>(body.size()));
-  if (body.size() < 2 || body.size() % 2 != 0 || body.size() > kPacketArea) return false;
-
-  unsigned char merged[kPacketArea] =
-      {};  // The zeros behind the bytes serve short bodies and long lengths.
-  const std::size_t size = body.size() / 2;
-  Str_ZelModeMergeData(body.data(), static_cast<int>(body.size()), merged);
-  DPrintDataHexToFile("ucBody", merged, static_cast<int>(size));
-
-  const int covered = static_cast<int>(size) - 3;
-  if (Str_GetDataLRC(merged + kStatus, covered) != merged[size - 1]) return false;
-  // On purpose: the length is taken as sent and not compared with the size of the body.
-  const std::uint32_t length = BigEndian16(merged);
-  if (length < 2) return false;
-  response->size = std::min<std::size_t>(length - 2, kLargestResponse);
-  std::memcpy(response->payload.data(), merged + kPayload, response->size);
-  response->status = BigEndian16(merged + kStatus);
-  return true;
+QL_API int Str_GetPacketBody(uint8_t head, uint8_t end, const unsigned char* buffer, int len,
+                             unsigned char* out) {
+  if (!buffer || !out || len < 1) return -1;
+  const auto body = PacketBody(head, end, {buffer, static_cast<std::size_t>(len)});
+  if (body.empty()) return -1;
+  std::copy(body.begin(), body.end(), out);
+  return static_cast<int>(body.size());
 }
 
-std::uint32_t Str_ZEL_MakePacket(std::uint8_t head, std::uint8_t end, const unsigned char* data,
-                                 std::uint32_t n, unsigned char* out) {
-  if (!out || (!data && n > 0)) return 0;
-  const unsigned char length[] = {static_cast<unsigned char>(n >> 8),
-                                  static_cast<unsigned char>(n)};
-  const unsigned char check = Str_GetDataLRC(data, static_cast<int>(n));
-  *out++ = head;
-  out = Split(length, sizeof length, out);
-  out = Split(data, static_cast<int>(n), out);
-  out = Split(&check, 1, out);
-  *out = end;
-  return 2 * n + 8;
+QL_API uint32_t Str_ZEL_MakePacket(uint8_t head, uint8_t end, const unsigned char* data, uint32_t n,
+                                   unsigned char* out) {
+  if (!out || (!data && n > 0) || n > INT_MAX / 2 - kFrameCharacters) return 0;
+  const auto size = static_cast<int>(n);
+  const std::uint8_t length[] = {static_cast<std::uint8_t>(n >> 8 & 0xFF),
+                                 static_cast<std::uint8_t>(n & 0xFF)};
+  const std::uint8_t lrc = Str_GetDataLRC(data, size);
+
+  unsigned char* const after_payload = out + 5 + 2 * std::size_t{n};
+  out[0] = head;
+  Str_ZelModeSplitData(length, sizeof length, out + 1);
+  Str_ZelModeSplitData(data, size, out + 5);
+  Str_ZelModeSplitData(&lrc, sizeof lrc, after_payload);
+  after_payload[2] = end;
+  return 2 * n + kFrameCharacters;
 }
 
-int Str_ZEL_ParsePacket(std::uint8_t head, std::uint8_t end, const unsigned char* packet,
-                        std::uint32_t len, unsigned char* out, std::uint32_t* out_len) {
+QL_API int Str_ZEL_ParsePacket(uint8_t head, uint8_t end, const unsigned char* packet, uint32_t len,
+                               unsigned char* out, uint32_t* out_len) {
   LOG_EXCHANGE("[%s] Start nPacketLen = %d ", __func__, static_cast<int>(len));
   LOG_EXCHANGE(" cHead = %02x cEnd = %02x  ", head, end);
-  if (len == 0 || !packet || !out || !out_len) return RET_PUB_CHECK_ERROR;
+  if (!packet || len == 0 || !out || !out_len) return RET_PUB_CHECK_ERROR;
 
-  Response response;
-  if (!ParseResponse(head, end, {packet, len}, &response)) return RET_PUB_CHECK_ERROR;
-  std::memcpy(out, response.payload.data(), response.size);
-  *out_len = static_cast<std::uint32_t>(response.size);
-  COMM_Zel_SetRecStatus(response.status);
+  const auto body = PacketBody(head, end, {packet, len});
+  LOG_EXCHANGE("nBodyLen = %d ", body.empty() ? -1 : static_cast<int>(body.size()));
+  if (body.empty() || body.size() % 2 != 0 || body.size() > kLongestBody) {
+    return RET_PUB_CHECK_ERROR;
+  }
+
+  // Larger than any body: what the frame announces and does not bring reads as zeros.
+  std::uint8_t merged[kLongestBody] = {};
+  const std::size_t count = body.size() / 2;
+  Str_ZelModeMergeData(body.data(), static_cast<int>(body.size()), merged);
+  DPrintDataHexToFile("ucBody", merged, static_cast<int>(count));
+
+  const std::size_t covered = count > kStatusAt + 1 ? count - kStatusAt - 1 : 0;
+  if (ExclusiveOr({merged + kStatusAt, covered}) != merged[count - 1]) return RET_PUB_CHECK_ERROR;
+
+  // On purpose: the length is taken as sent and not compared with what came.
+  const std::uint32_t length = Word(merged);
+  if (length < kStatusSize) return RET_PUB_CHECK_ERROR;
+  const std::size_t payload =
+      std::min<std::size_t>(length - kStatusSize, sizeof merged - kPayloadAt);
+  std::memcpy(out, merged + kPayloadAt, payload);
+  *out_len = static_cast<std::uint32_t>(payload);
+  COMM_Zel_SetRecStatus(Word(merged + kStatusAt));
   return RET_PUB_SUCCESS;
 }

@@ -1,29 +1,27 @@
-// String and BCD helpers: hex, trimming, check bytes. A leaf header that every layer may include;
-// the exported functions themselves are declared in quillonid/link.h.
+// Hex, trimming and check bytes for every layer: the functions of quillonid/link.h that are about
+// bytes alone, so that their callers see nothing of readers and devices.
 #ifndef QUILLONID_LINK_STR_H
 #define QUILLONID_LINK_STR_H
 
-#include <cstddef>
-#include <cstdint>
-#include <span>
-
 #include "quillonid/export.h"
 
-extern "C" {
+QL_BEGIN_DECLS
+
+// Exclusive-or of `len` bytes.
 QL_API unsigned char Str_GetDataLRC(const unsigned char* data, int len);
+
+// Length without the trailing run of `byte`.
 QL_API int Str_GetDataDeleteChar(const unsigned char* data, int len, unsigned char byte);
+
+// Packs `len` hex characters two to a byte. Returns 0, or -1 for null.
 QL_API int Str_AscToHex(const char* text, int len, unsigned char* out);
-QL_API int Str_HexToAsc(const unsigned char* data, int count, char* out);
+
+// Removes every blank, CR, tab and LF in place. Returns the text.
 QL_API char* Str_strsTrim(char* text);
-}
 
-// Where the body of a packet stands: behind the first head byte, before the first end byte after
-// it. Empty: there is none.
-std::span<const unsigned char> PacketBody(std::uint8_t head, std::uint8_t end,
-                                          std::span<const unsigned char> packet);
+// Writes `count` upper-case hex characters and a zero. Returns 0, or -1 for null.
+QL_API int Str_HexToAsc(const unsigned char* data, int count, char* out);
 
-// Compares without regard to the case of A to Z, whatever the locale.
-bool EqualsIgnoringCase(const char* text, const char* word);
-bool StartsIgnoringCase(const char* text, const char* word);
+QL_END_DECLS
 
 #endif
