@@ -154,11 +154,6 @@ std::vector<std::string> EmulatedUsbReader::Trace() const {
   return trace_;
 }
 
-unsigned EmulatedUsbReader::Reaps() const {
-  const std::lock_guard hold(lock_);
-  return reaps_;
-}
-
 bool EmulatedUsbReader::Claimed() const {
   const std::lock_guard hold(lock_);
   return claimed_;
@@ -310,7 +305,6 @@ void EmulatedUsbReader::Completed(Transfer transfer) {
 
 int EmulatedUsbReader::Reap(UMockdevIoctlData* argument) {
   const std::lock_guard hold(lock_);
-  ++reaps_;
   if (done_.empty()) return gone_ ? ENODEV : EAGAIN;
   const Transfer transfer = std::move(done_.front());
   done_.pop_front();

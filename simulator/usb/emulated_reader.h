@@ -31,8 +31,6 @@ class EmulatedUsbReader : public UsbDevice {
   // The ioctls so far by name, "CLOSE" for the end of an open file; without those that only reap
   // transfers or ask for capabilities.
   std::vector<std::string> Trace() const;
-  // How often transfers were reaped: shows busy polling.
-  unsigned Reaps() const;
   bool Claimed() const;
   // The end of an open file gets here a moment after close() has returned to the host. Waits for
   // it; false when a file is still open after `limit`.
@@ -75,7 +73,6 @@ class EmulatedUsbReader : public UsbDevice {
   std::deque<Transfer> done_;
   std::vector<GObject*> clients_;  // open files of the node
   std::vector<std::string> trace_;
-  unsigned reaps_ = 0;
 };
 
 }  // namespace simulator
