@@ -30,7 +30,8 @@ constexpr std::size_t kValiditySize = 64;
 
 constexpr std::size_t ValuesSize(JsonFields fields) {
   std::size_t size = kPhotoTextSize;
-  for (const JsonField& field : fields) size += std::max(std::size_t{field.width} + 1, kValiditySize);
+  for (const JsonField& field : fields)
+    size += std::max(std::size_t{field.width} + 1, kValiditySize);
   return size;
 }
 
