@@ -7,9 +7,9 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <string_view>
 
+#include "link/str.h"
 #include "quillonid/results.h"
 #include "quillonid/transport.h"
 #include "support/log.h"
@@ -128,14 +128,6 @@ void Send(std::string_view text) {
                          static_cast<int>(text.size()));
 }
 
-// Takes blanks, carriage returns, tabs and line feeds out of `text`.
-void RemoveSpace(char* text) {
-  char* end = std::remove_if(text, text + std::strlen(text), [](char c) {
-    return c == ' ' || c == '\r' || c == '\t' || c == '\n';
-  });
-  *end = '\0';
-}
-
 }  // namespace
 
 QL_API int Star_GetOpenAuxCmd(std::uint32_t aux_number, std::uint32_t baud, char* out) {
@@ -179,7 +171,7 @@ QL_API int COMM_Com_OpenLinuxAux(std::uint32_t family, std::uint32_t aux_number,
   LOG_DEVICE("[%s ] Start ", __func__);
   char name[PATH_MAX] = {};
   if (ttyname_r(STDOUT_FILENO, name, sizeof name) != 0) return RET_PUB_OPEN_ERROR;
-  RemoveSpace(name);
+  Str_strsTrim(name);
   LOG_DEVICE("LinuxOpenPort szTtyName =%s\r\n", name);
 
   const int opened = COMM_Com_OpenLinux(name, static_cast<int>(baud));

@@ -23,10 +23,28 @@ namespace {
 // More than a pseudo-terminal takes while nobody reads the other end.
 constexpr int kTooMuch = 100'000;
 
+std::string Pattern(int size) {
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  std::iota(bytes.begin(), bytes.end(), '\0');
+  return bytes;
+}
+
 class SerialWrite : public testing::Test {
  protected:
   void SetUp() override { ASSERT_EQ(0, COMM_Com_OpenLinux(pty_.path().c_str(), 115200)); }
   int fd() const { return DescriptorsOn(pty_.path()).at(0); }
+
+  // Until the line takes nothing for good: what was written moves on to the other end's buffer a
+  // little later and makes room once more.
+  void FillLine() const {
+    const std::string bytes = Pattern(4096);
+    fcntl(fd(), F_SETFL, O_NONBLOCK);
+    for (int full = 0; full < 5; ++full) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      while (WriteBlock(reinterpret_cast<const unsigned char*>(bytes.data()), 4096) > 0) full = 0;
+    }
+    fcntl(fd(), F_SETFL, 0);
+  }
 
   Pty pty_;
 };
@@ -34,12 +52,6 @@ class SerialWrite : public testing::Test {
 int Write(std::string_view text) {
   return COMM_Com_WriteLinux(reinterpret_cast<const unsigned char*>(text.data()),
                              static_cast<int>(text.size()));
-}
-
-std::string Pattern(int size) {
-  std::string bytes(static_cast<std::size_t>(size), '\0');
-  std::iota(bytes.begin(), bytes.end(), '\0');
-  return bytes;
 }
 
 }  // namespace
@@ -287,11 +299,7 @@ TEST_F(SerialWrite, UnBlockReadReturnsZeroWhenNothingArrives) {
 }
 
 TEST_F(SerialWrite, UnBlockWriteDiscardsOutputThatTheLineDoesNotTake) {
-  const std::string bytes = Pattern(kTooMuch);
-  fcntl(fd(), F_SETFL, O_NONBLOCK);
-  while (WriteBlock(reinterpret_cast<const unsigned char*>(bytes.data()), 4096) > 0) {
-  }
-  fcntl(fd(), F_SETFL, 0);
+  FillLine();
   system_calls::Watch(fd());
 
   EXPECT_EQ(0, WriteUnBlock(reinterpret_cast<const unsigned char*>("abc"), 3));
