@@ -30,8 +30,9 @@ constexpr std::size_t kValiditySize = 64;
 
 constexpr std::size_t ValuesSize(JsonFields fields) {
   std::size_t size = kPhotoTextSize;
-  for (const JsonField& field : fields)
-    size += std::max(std::size_t{field.width} + 1, kValiditySize);
+  for (const JsonField& row : fields) {
+    size += std::max(std::size_t{row.field.width} + 1, kValiditySize);
+  }
   return size;
 }
 
@@ -87,22 +88,21 @@ class JsonObject {
 };
 
 void AddFields(JsonFields fields, const void* record, JsonObject* object) {
-  const char* const bytes = static_cast<const char*>(record);
-  for (const JsonField& field : fields) {
-    const char* const value = bytes + field.offset;
-    switch (field.use) {
+  for (const JsonField& row : fields) {
+    const char* const value = row.field.In(record);
+    switch (row.use) {
       case JsonUse::kBothWays:
       case JsonUse::kPacked:
-        object->Add(field.key, value, field.width);
+        object->Add(row.key, value, row.field.width);
         break;
       case JsonUse::kValidity: {  // `validEnd` follows `validStart` in every record.
         char validity[kValiditySize];
-        std::snprintf(validity, sizeof validity, "%.29s-%.29s", value, value + field.width);
-        object->Add(field.key, validity, sizeof validity);
+        std::snprintf(validity, sizeof validity, "%.29s-%.29s", value, value + row.field.width);
+        object->Add(row.key, validity, sizeof validity);
         break;
       }
       case JsonUse::kBlank:
-        object->Add(field.key, " ", 1);
+        object->Add(row.key, " ", 1);
         break;
     }
   }
@@ -178,20 +178,20 @@ int FindString(const JsonTree& tree, const char* key, const char** value) {
   return RET_PUB_SUCCESS;
 }
 
-void LogString(const char* key, const char* value) {
+// Copies and reports the text of `key`, cut at `size` - 1 bytes.
+void CopyString(const char* key, const char* value, char* dest, std::size_t size) {
+  const std::size_t length = strnlen(value, size - 1);
+  std::memcpy(dest, value, length);
+  dest[length] = '\0';
   LOG_CARD("parse szTag %s Value :%s\r\n", key, value);
 }
 
 // Reads what the table says; keys that are missing or no texts leave their field as it was.
 void ReadFields(const JsonTree& tree, JsonFields fields, void* record) {
-  for (const JsonField& field : fields) {
+  for (const JsonField& row : fields) {
     const char* value = nullptr;
-    if (field.use != JsonUse::kBothWays || FindString(tree, field.key, &value) != 0) continue;
-    const std::size_t length = strnlen(value, field.width - 1U);
-    char* const dest = static_cast<char*>(record) + field.offset;
-    std::memcpy(dest, value, length);
-    dest[length] = '\0';
-    LogString(field.key, value);
+    if (row.use != JsonUse::kBothWays || FindString(tree, row.key, &value) != 0) continue;
+    CopyString(row.key, value, row.field.In(record), row.field.width);
   }
 }
 
@@ -283,10 +283,7 @@ int GetJsonString(const char* json, const char* key, char* dest, std::size_t siz
   if (tree == nullptr || dest == nullptr) return RET_PUB_INVAL_PARAM;
   const char* value = nullptr;
   if (const int result = FindString(tree, key, &value)) return result;
-  const std::size_t length = strnlen(value, size - 1);
-  std::memcpy(dest, value, length);
-  dest[length] = '\0';
-  LogString(key, value);
+  CopyString(key, value, dest, size);
   return RET_PUB_SUCCESS;
 }
 
@@ -314,9 +311,10 @@ int tFuncConvertIdInfotoStruct(const char* json, PERSONINFO_CHA* china, PERSONIN
                                PERSONINFO_GAT* gat) {
   const JsonTree tree(cJSON_Parse(json));
   if (tree == nullptr) return RET_PUB_INVAL_PARAM;
-  const char* mark = nullptr;
-  if (const int result = FindString(tree, "CardType", &mark)) return result;
-  LogString("CardType", mark);
+  const char* value = nullptr;
+  if (const int result = FindString(tree, "CardType", &value)) return result;
+  char mark[16];
+  CopyString("CardType", value, mark, sizeof mark);
 
   if (std::strcmp(mark, " ") == 0) {
     return ReadPlain(tree, kChinaJson, tFuncConvertChinaFp, 0, china);

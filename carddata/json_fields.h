@@ -3,10 +3,9 @@
 #ifndef QUILLONID_CARDDATA_JSON_FIELDS_H
 #define QUILLONID_CARDDATA_JSON_FIELDS_H
 
-#include <cstddef>
 #include <cstdint>
 
-#include "quillonid/records.h"
+#include "carddata/layout.h"
 
 enum class JsonUse : std::uint8_t {
   kBothWays,  // packed, and read back
@@ -15,109 +14,104 @@ enum class JsonUse : std::uint8_t {
   kBlank,     // packed: one blank, whatever the record holds
 };
 
-// Key, offset and width in the record with fingerprint templates, use.
 struct JsonField {
   char key[18];
-  std::uint16_t offset;
-  std::uint16_t width;
   JsonUse use;
+  Field field;
 };
 
-#define JSON_FIELD(kind, member) \
-  offsetof(PERSONINFO_##kind##_FP, member), sizeof(PERSONINFO_##kind##_FP::member)
+inline constexpr Field kNoField = {};
 
-constexpr JsonField kChinaJson[] = {
-    {"Address",           JSON_FIELD(CHA, address),     JsonUse::kBothWays},
-    {"Birth",             JSON_FIELD(CHA, birthday),    JsonUse::kBothWays},
-    {"CardActivity",      JSON_FIELD(CHA, validStart),  JsonUse::kValidity},
-    {"CardActivityStart", JSON_FIELD(CHA, validStart),  JsonUse::kBothWays},
-    {"CardActivityExp",   JSON_FIELD(CHA, validEnd),    JsonUse::kBothWays},
-    {"NationCode",        JSON_FIELD(CHA, nationCode),  JsonUse::kBothWays},
-    {"Ethnicity",         JSON_FIELD(CHA, nation),      JsonUse::kBothWays},
-    {"IDNumber",          JSON_FIELD(CHA, cardId),      JsonUse::kBothWays},
-    {"ChinaName",         JSON_FIELD(CHA, name),        JsonUse::kBothWays},
-    {"Remark",            JSON_FIELD(CHA, reserved),    JsonUse::kBothWays},
-    {"Sex",               JSON_FIELD(CHA, sex),         JsonUse::kBothWays},
-    {"SexCode",           JSON_FIELD(CHA, sexCode),     JsonUse::kBothWays},
-    {"Signatory",         JSON_FIELD(CHA, police),      JsonUse::kBothWays},
-    {"CardType",          0,              0,            JsonUse::kBlank   },
-    {"FingerTemp1",       JSON_FIELD(CHA, fingerData1), JsonUse::kBothWays},
-    {"FingerTemp2",       JSON_FIELD(CHA, fingerData2), JsonUse::kBothWays},
+inline constexpr JsonField kChinaJson[] = {
+    {"Address",           JsonUse::kBothWays, QL_FIELD(China, address)   },
+    {"Birth",             JsonUse::kBothWays, QL_FIELD(China, birthday)  },
+    {"CardActivity",      JsonUse::kValidity, QL_FIELD(China, validStart)},
+    {"CardActivityStart", JsonUse::kBothWays, QL_FIELD(China, validStart)},
+    {"CardActivityExp",   JsonUse::kBothWays, QL_FIELD(China, validEnd)  },
+    {"NationCode",        JsonUse::kBothWays, QL_FIELD(China, nationCode)},
+    {"Ethnicity",         JsonUse::kBothWays, QL_FIELD(China, nation)    },
+    {"IDNumber",          JsonUse::kBothWays, QL_FIELD(China, cardId)    },
+    {"ChinaName",         JsonUse::kBothWays, QL_FIELD(China, name)      },
+    {"Remark",            JsonUse::kBothWays, QL_FIELD(China, reserved)  },
+    {"Sex",               JsonUse::kBothWays, QL_FIELD(China, sex)       },
+    {"SexCode",           JsonUse::kBothWays, QL_FIELD(China, sexCode)   },
+    {"Signatory",         JsonUse::kBothWays, QL_FIELD(China, police)    },
+    {"CardType",          JsonUse::kBlank,    kNoField      },
+    {"FingerTemp1", JsonUse::kBothWays,     QL_FIELD(China,   fingerData1)           },
+    {"FingerTemp2", JsonUse::kBothWays,     QL_FIELD(China,   fingerData2)},
 };
 
-constexpr JsonField kForeignJson[] = {
-    {"Address",           JSON_FIELD(FOR, address),     JsonUse::kBothWays},
-    {"Birth",             JSON_FIELD(FOR, birthday),    JsonUse::kBothWays},
-    {"CardActivity",      JSON_FIELD(FOR, validStart),  JsonUse::kValidity},
-    {"CardActivityStart", JSON_FIELD(FOR, validStart),  JsonUse::kBothWays},
-    {"CardActivityExp",   JSON_FIELD(FOR, validEnd),    JsonUse::kBothWays},
-    {"CardType",          JSON_FIELD(FOR, cardType),    JsonUse::kBothWays},
-    {"CountryCode",       JSON_FIELD(FOR, nationCode),  JsonUse::kBothWays},
-    {"EngName",           JSON_FIELD(FOR, EngName),     JsonUse::kBothWays},
-    {"GovCode",           JSON_FIELD(FOR, govCode),     JsonUse::kBothWays},
-    {"Reserved",          JSON_FIELD(FOR, otherData),   JsonUse::kBothWays},
-    {"Version",           JSON_FIELD(FOR, version),     JsonUse::kBothWays},
-    {"Ethnicity",         JSON_FIELD(FOR, nation),      JsonUse::kBothWays},
-    {"IDNumber",          JSON_FIELD(FOR, cardId),      JsonUse::kBothWays},
-    {"ChinaName",         JSON_FIELD(FOR, name),        JsonUse::kBothWays},
-    {"Remark",            JSON_FIELD(FOR, reserved),    JsonUse::kPacked  },
-    {"Sex",               JSON_FIELD(FOR, sex),         JsonUse::kBothWays},
-    {"SexCode",           JSON_FIELD(FOR, sexCode),     JsonUse::kBothWays},
-    {"Signatory",         JSON_FIELD(FOR, police),      JsonUse::kPacked  },
-    {"FingerTemp1",       JSON_FIELD(FOR, fingerData1), JsonUse::kBothWays},
-    {"FingerTemp2",       JSON_FIELD(FOR, fingerData2), JsonUse::kBothWays},
+inline constexpr JsonField kForeignJson[] = {
+    {"Address",           JsonUse::kBothWays, QL_FIELD(Foreign, address)    },
+    {"Birth",             JsonUse::kBothWays, QL_FIELD(Foreign, birthday)   },
+    {"CardActivity",      JsonUse::kValidity, QL_FIELD(Foreign, validStart) },
+    {"CardActivityStart", JsonUse::kBothWays, QL_FIELD(Foreign, validStart) },
+    {"CardActivityExp",   JsonUse::kBothWays, QL_FIELD(Foreign, validEnd)   },
+    {"CardType",          JsonUse::kBothWays, QL_FIELD(Foreign, cardType)   },
+    {"CountryCode",       JsonUse::kBothWays, QL_FIELD(Foreign, nationCode) },
+    {"EngName",           JsonUse::kBothWays, QL_FIELD(Foreign, EngName)    },
+    {"GovCode",           JsonUse::kBothWays, QL_FIELD(Foreign, govCode)    },
+    {"Reserved",          JsonUse::kBothWays, QL_FIELD(Foreign, otherData)  },
+    {"Version",           JsonUse::kBothWays, QL_FIELD(Foreign, version)    },
+    {"Ethnicity",         JsonUse::kBothWays, QL_FIELD(Foreign, nation)     },
+    {"IDNumber",          JsonUse::kBothWays, QL_FIELD(Foreign, cardId)     },
+    {"ChinaName",         JsonUse::kBothWays, QL_FIELD(Foreign, name)       },
+    {"Remark",            JsonUse::kPacked,   QL_FIELD(Foreign, reserved)   },
+    {"Sex",               JsonUse::kBothWays, QL_FIELD(Foreign, sex)        },
+    {"SexCode",           JsonUse::kBothWays, QL_FIELD(Foreign, sexCode)    },
+    {"Signatory",         JsonUse::kPacked,   QL_FIELD(Foreign, police)     },
+    {"FingerTemp1",       JsonUse::kBothWays, QL_FIELD(Foreign, fingerData1)},
+    {"FingerTemp2",       JsonUse::kBothWays, QL_FIELD(Foreign, fingerData2)},
 };
 
-constexpr JsonField kGatJson[] = {
-    {"Address",           JSON_FIELD(GAT, address),      JsonUse::kBothWays},
-    {"Birth",             JSON_FIELD(GAT, birthday),     JsonUse::kBothWays},
-    {"CardActivity",      JSON_FIELD(GAT, validStart),   JsonUse::kValidity},
-    {"CardActivityStart", JSON_FIELD(GAT, validStart),   JsonUse::kBothWays},
-    {"CardActivityExp",   JSON_FIELD(GAT, validEnd),     JsonUse::kBothWays},
-    {"CardType",          JSON_FIELD(GAT, cardType),     JsonUse::kBothWays},
-    {"IDNumber",          JSON_FIELD(GAT, cardId),       JsonUse::kBothWays},
-    {"ChinaName",         JSON_FIELD(GAT, name),         JsonUse::kBothWays},
-    {"AppendMsg1",        JSON_FIELD(GAT, gatReserved1), JsonUse::kBothWays},
-    {"AppendMsg2",        JSON_FIELD(GAT, gatReserved2), JsonUse::kBothWays},
-    {"AppendMsg3",        JSON_FIELD(GAT, gatReserved3), JsonUse::kBothWays},
-    {"PassNumber",        JSON_FIELD(GAT, passNumber),   JsonUse::kBothWays},
-    {"SignTimes",         JSON_FIELD(GAT, signTimes),    JsonUse::kBothWays},
-    {"Sex",               JSON_FIELD(GAT, sex),          JsonUse::kBothWays},
-    {"SexCode",           JSON_FIELD(GAT, sexCode),      JsonUse::kBothWays},
-    {"Signatory",         JSON_FIELD(GAT, police),       JsonUse::kBothWays},
-    {"FingerTemp1",       JSON_FIELD(GAT, fingerData1),  JsonUse::kBothWays},
-    {"FingerTemp2",       JSON_FIELD(GAT, fingerData2),  JsonUse::kBothWays},
+inline constexpr JsonField kGatJson[] = {
+    {"Address",           JsonUse::kBothWays, QL_FIELD(Gat, address)     },
+    {"Birth",             JsonUse::kBothWays, QL_FIELD(Gat, birthday)    },
+    {"CardActivity",      JsonUse::kValidity, QL_FIELD(Gat, validStart)  },
+    {"CardActivityStart", JsonUse::kBothWays, QL_FIELD(Gat, validStart)  },
+    {"CardActivityExp",   JsonUse::kBothWays, QL_FIELD(Gat, validEnd)    },
+    {"CardType",          JsonUse::kBothWays, QL_FIELD(Gat, cardType)    },
+    {"IDNumber",          JsonUse::kBothWays, QL_FIELD(Gat, cardId)      },
+    {"ChinaName",         JsonUse::kBothWays, QL_FIELD(Gat, name)        },
+    {"AppendMsg1",        JsonUse::kBothWays, QL_FIELD(Gat, gatReserved1)},
+    {"AppendMsg2",        JsonUse::kBothWays, QL_FIELD(Gat, gatReserved2)},
+    {"AppendMsg3",        JsonUse::kBothWays, QL_FIELD(Gat, gatReserved3)},
+    {"PassNumber",        JsonUse::kBothWays, QL_FIELD(Gat, passNumber)  },
+    {"SignTimes",         JsonUse::kBothWays, QL_FIELD(Gat, signTimes)   },
+    {"Sex",               JsonUse::kBothWays, QL_FIELD(Gat, sex)         },
+    {"SexCode",           JsonUse::kBothWays, QL_FIELD(Gat, sexCode)     },
+    {"Signatory",         JsonUse::kBothWays, QL_FIELD(Gat, police)      },
+    {"FingerTemp1",       JsonUse::kBothWays, QL_FIELD(Gat, fingerData1) },
+    {"FingerTemp2",       JsonUse::kBothWays, QL_FIELD(Gat, fingerData2) },
 };
 
-constexpr JsonField kCollectJson[] = {
-    {"Address",           JSON_FIELD(COLLECT, address),      JsonUse::kBothWays},
-    {"Birth",             JSON_FIELD(COLLECT, birthday),     JsonUse::kBothWays},
-    {"CardActivity",      JSON_FIELD(COLLECT, validStart),   JsonUse::kValidity},
-    {"CardActivityStart", JSON_FIELD(COLLECT, validStart),   JsonUse::kBothWays},
-    {"CardActivityExp",   JSON_FIELD(COLLECT, validEnd),     JsonUse::kBothWays},
-    {"CardType",          JSON_FIELD(COLLECT, cardType),     JsonUse::kBothWays},
-    {"ChinaName",         JSON_FIELD(COLLECT, name),         JsonUse::kBothWays},
-    {"EngName",           JSON_FIELD(COLLECT, EngName),      JsonUse::kBothWays},
-    {"GovCode",           JSON_FIELD(COLLECT, govCode),      JsonUse::kBothWays},
-    {"Reserved",          JSON_FIELD(COLLECT, otherData),    JsonUse::kBothWays},
-    {"Version",           JSON_FIELD(COLLECT, version),      JsonUse::kBothWays},
-    {"Ethnicity",         JSON_FIELD(COLLECT, nation),       JsonUse::kBothWays},
-    {"NationCode",        JSON_FIELD(COLLECT, nationCode),   JsonUse::kBothWays},
-    {"CountryCode",       JSON_FIELD(COLLECT, nationCode),   JsonUse::kPacked  },
-    {"IDNumber",          JSON_FIELD(COLLECT, cardId),       JsonUse::kBothWays},
-    {"Remark",            JSON_FIELD(COLLECT, reserved),     JsonUse::kBothWays},
-    {"Sex",               JSON_FIELD(COLLECT, sex),          JsonUse::kBothWays},
-    {"SexCode",           JSON_FIELD(COLLECT, sexCode),      JsonUse::kBothWays},
-    {"Signatory",         JSON_FIELD(COLLECT, police),       JsonUse::kBothWays},
-    {"FingerTemp1",       JSON_FIELD(COLLECT, fingerData1),  JsonUse::kBothWays},
-    {"FingerTemp2",       JSON_FIELD(COLLECT, fingerData2),  JsonUse::kBothWays},
-    {"AppendMsg1",        JSON_FIELD(COLLECT, gatReserved1), JsonUse::kBothWays},
-    {"AppendMsg2",        JSON_FIELD(COLLECT, gatReserved2), JsonUse::kBothWays},
-    {"AppendMsg3",        JSON_FIELD(COLLECT, gatReserved3), JsonUse::kBothWays},
-    {"PassNumber",        JSON_FIELD(COLLECT, passNumber),   JsonUse::kBothWays},
-    {"SignTimes",         JSON_FIELD(COLLECT, signTimes),    JsonUse::kBothWays},
+inline constexpr JsonField kCollectJson[] = {
+    {"Address",           JsonUse::kBothWays, QL_FIELD(Collect, address)     },
+    {"Birth",             JsonUse::kBothWays, QL_FIELD(Collect, birthday)    },
+    {"CardActivity",      JsonUse::kValidity, QL_FIELD(Collect, validStart)  },
+    {"CardActivityStart", JsonUse::kBothWays, QL_FIELD(Collect, validStart)  },
+    {"CardActivityExp",   JsonUse::kBothWays, QL_FIELD(Collect, validEnd)    },
+    {"CardType",          JsonUse::kBothWays, QL_FIELD(Collect, cardType)    },
+    {"ChinaName",         JsonUse::kBothWays, QL_FIELD(Collect, name)        },
+    {"EngName",           JsonUse::kBothWays, QL_FIELD(Collect, EngName)     },
+    {"GovCode",           JsonUse::kBothWays, QL_FIELD(Collect, govCode)     },
+    {"Reserved",          JsonUse::kBothWays, QL_FIELD(Collect, otherData)   },
+    {"Version",           JsonUse::kBothWays, QL_FIELD(Collect, version)     },
+    {"Ethnicity",         JsonUse::kBothWays, QL_FIELD(Collect, nation)      },
+    {"NationCode",        JsonUse::kBothWays, QL_FIELD(Collect, nationCode)  },
+    {"CountryCode",       JsonUse::kPacked,   QL_FIELD(Collect, nationCode)  },
+    {"IDNumber",          JsonUse::kBothWays, QL_FIELD(Collect, cardId)      },
+    {"Remark",            JsonUse::kBothWays, QL_FIELD(Collect, reserved)    },
+    {"Sex",               JsonUse::kBothWays, QL_FIELD(Collect, sex)         },
+    {"SexCode",           JsonUse::kBothWays, QL_FIELD(Collect, sexCode)     },
+    {"Signatory",         JsonUse::kBothWays, QL_FIELD(Collect, police)      },
+    {"FingerTemp1",       JsonUse::kBothWays, QL_FIELD(Collect, fingerData1) },
+    {"FingerTemp2",       JsonUse::kBothWays, QL_FIELD(Collect, fingerData2) },
+    {"AppendMsg1",        JsonUse::kBothWays, QL_FIELD(Collect, gatReserved1)},
+    {"AppendMsg2",        JsonUse::kBothWays, QL_FIELD(Collect, gatReserved2)},
+    {"AppendMsg3",        JsonUse::kBothWays, QL_FIELD(Collect, gatReserved3)},
+    {"PassNumber",        JsonUse::kBothWays, QL_FIELD(Collect, passNumber)  },
+    {"SignTimes",         JsonUse::kBothWays, QL_FIELD(Collect, signTimes)   },
 };
-
-#undef JSON_FIELD
 
 #endif
