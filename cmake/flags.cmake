@@ -11,10 +11,4 @@ set(QL_LIBRARY_FLAGS
   $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=3>)
 
 # Internal calls stay inside: names such as test, Check and CopyFile also exist in applications.
-set(QL_LIBRARY_LINK_FLAGS LINKER:-Bsymbolic-functions LINKER:--as-needed LINKER:-z,relro)
-option(QL_PARTIAL "Link the library although some of its layers are missing" OFF)
-if(QL_PARTIAL)
-  add_link_options(LINKER:--unresolved-symbols=ignore-all LINKER:-z,lazy LINKER:--export-dynamic)
-else()
-  list(APPEND QL_LIBRARY_LINK_FLAGS LINKER:-z,now LINKER:-z,defs)
-endif()
+set(QL_LIBRARY_LINK_FLAGS LINKER:-Bsymbolic-functions LINKER:--as-needed LINKER:-z,relro LINKER:-z,now LINKER:-z,defs)
