@@ -33,6 +33,12 @@ const std::map<std::string, Layers> kKnown = {
 // Published headers that belong to no layer: declarations alone.
 const Layers kCommon = {"quillonid/export.h", "quillonid/records.h", "quillonid/results.h"};
 
+// Published headers that are not named as their layer.
+const std::map<std::string, std::string> kLayersOfPublished = {
+    {"quillonid/quillonid.h", "api"  },
+    {"quillonid/images.h",    "image"},
+};
+
 // Small headers that may be seen from elsewhere, and by whom; "" is any layer.
 const std::map<std::string, std::string> kLeaves = {
     {"link/str.h",           ""                },
@@ -43,7 +49,9 @@ const std::map<std::string, std::string> kLeaves = {
 // "link/packet.cc", "quillonid/link.h" and "include/quillonid/link.h" are of the layer "link".
 std::string LayerOf(std::string path) {
   if (path.starts_with("include/")) path.erase(0, 8);
-  if (path == "quillonid/quillonid.h") return "api";
+  if (const auto known = kLayersOfPublished.find(path); known != kLayersOfPublished.end()) {
+    return known->second;
+  }
   if (path.starts_with("quillonid/")) return fs::path(path).stem();
   return path.substr(0, path.find('/'));
 }
