@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -186,6 +187,8 @@ struct FourBcd {
   int value;
   const char* bytes;  // in a buffer that held EE
 };
+
+void PrintTo(const FourBcd& row, std::ostream* out) { *out << row.value; }
 
 class StrIntTo4Bcd : public testing::TestWithParam<FourBcd> {};
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -334,6 +335,8 @@ struct Body {
   const char* buffer;  // "(" is the head, ")" the end
   const char* body;    // null: none
 };
+
+void PrintTo(const Body& row, std::ostream* out) { *out << '"' << row.buffer << '"'; }
 
 class StrGetPacketBody : public testing::TestWithParam<Body> {};
 
