@@ -194,8 +194,7 @@ void WriteLine(Line& line) {
   *line.end() = '\0';
   // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the callers started it.
   vsnprintf(line.end(), kMessageSize, fmt, arguments);
-  line.Grow(
-      std::strlen(line.end()));  // A "%c" may have put a zero into the message: it ends there.
+  line.Grow(std::strlen(line.end()));  // Not what was formatted: "%c" may have put a zero there.
   WriteLine(line);
 }
 
