@@ -20,26 +20,26 @@ struct JsonField {
   Field field;
 };
 
-inline constexpr Field kNoField = {};
-
+// clang-format off
 inline constexpr JsonField kChinaJson[] = {
-    {"Address",           JsonUse::kBothWays, QL_FIELD(China, address)   },
-    {"Birth",             JsonUse::kBothWays, QL_FIELD(China, birthday)  },
-    {"CardActivity",      JsonUse::kValidity, QL_FIELD(China, validStart)},
-    {"CardActivityStart", JsonUse::kBothWays, QL_FIELD(China, validStart)},
-    {"CardActivityExp",   JsonUse::kBothWays, QL_FIELD(China, validEnd)  },
-    {"NationCode",        JsonUse::kBothWays, QL_FIELD(China, nationCode)},
-    {"Ethnicity",         JsonUse::kBothWays, QL_FIELD(China, nation)    },
-    {"IDNumber",          JsonUse::kBothWays, QL_FIELD(China, cardId)    },
-    {"ChinaName",         JsonUse::kBothWays, QL_FIELD(China, name)      },
-    {"Remark",            JsonUse::kBothWays, QL_FIELD(China, reserved)  },
-    {"Sex",               JsonUse::kBothWays, QL_FIELD(China, sex)       },
-    {"SexCode",           JsonUse::kBothWays, QL_FIELD(China, sexCode)   },
-    {"Signatory",         JsonUse::kBothWays, QL_FIELD(China, police)    },
-    {"CardType",          JsonUse::kBlank,    kNoField      },
-    {"FingerTemp1", JsonUse::kBothWays,     QL_FIELD(China,   fingerData1)           },
-    {"FingerTemp2", JsonUse::kBothWays,     QL_FIELD(China,   fingerData2)},
+    {"Address",           JsonUse::kBothWays, QL_FIELD(China, address)    },
+    {"Birth",             JsonUse::kBothWays, QL_FIELD(China, birthday)   },
+    {"CardActivity",      JsonUse::kValidity, QL_FIELD(China, validStart) },
+    {"CardActivityStart", JsonUse::kBothWays, QL_FIELD(China, validStart) },
+    {"CardActivityExp",   JsonUse::kBothWays, QL_FIELD(China, validEnd)   },
+    {"NationCode",        JsonUse::kBothWays, QL_FIELD(China, nationCode) },
+    {"Ethnicity",         JsonUse::kBothWays, QL_FIELD(China, nation)     },
+    {"IDNumber",          JsonUse::kBothWays, QL_FIELD(China, cardId)     },
+    {"ChinaName",         JsonUse::kBothWays, QL_FIELD(China, name)       },
+    {"Remark",            JsonUse::kBothWays, QL_FIELD(China, reserved)   },
+    {"Sex",               JsonUse::kBothWays, QL_FIELD(China, sex)        },
+    {"SexCode",           JsonUse::kBothWays, QL_FIELD(China, sexCode)    },
+    {"Signatory",         JsonUse::kBothWays, QL_FIELD(China, police)     },
+    {"CardType",          JsonUse::kBlank,    {}                          },
+    {"FingerTemp1",       JsonUse::kBothWays, QL_FIELD(China, fingerData1)},
+    {"FingerTemp2",       JsonUse::kBothWays, QL_FIELD(China, fingerData2)},
 };
+// clang-format on
 
 inline constexpr JsonField kForeignJson[] = {
     {"Address",           JsonUse::kBothWays, QL_FIELD(Foreign, address)    },

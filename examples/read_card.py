@@ -27,4 +27,4 @@ if result != 0:
 
 # A long text may be cut inside a character at the end of its field.
 card = json.loads(text.value.decode("utf-8", "replace"))
-print(card["ChinaName"], card["IDNumber"])
+print(card["ChinaName"].rstrip(), card["IDNumber"])  # cards pad their texts with blanks

@@ -15,7 +15,7 @@ namespace {
 // What follows the keyword.
 enum class Rest : std::uint8_t { kNothing, kNumber, kAddress, kPath, kPort };
 
-constexpr std::int8_t kKeep = -1;
+constexpr int kKeep = -1;
 constexpr std::size_t kAddressSize = 17;
 
 struct Keyword {
@@ -23,7 +23,7 @@ struct Keyword {
   bool any_case;
   Rest rest;
   std::uint8_t kind;
-  std::int8_t connect_type;  // reported upward; kKeep leaves the one before
+  int connect_type;  // reported upward; kKeep leaves the one before
   char logged[16];
 };
 

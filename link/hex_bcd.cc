@@ -37,10 +37,10 @@ void PackHex(std::int64_t count, unsigned char* out, Character character) {
 // Whole pairs of hex characters to bytes; a character that is none counts as all ones. Returns the
 // bytes written.
 int MergePairs(const char* text, int len, unsigned char* out) {
-  for (int i = 0; i < len / 2; ++i) {
-    const auto high = static_cast<unsigned>(Str_localHexCharToNum(text[2 * i]));
-    const auto low = static_cast<unsigned>(Str_localHexCharToNum(text[2 * i + 1]));
-    out[i] = static_cast<unsigned char>(high << 4 | low);
+  for (int i = 0; i + 1 < len; i += 2) {
+    const auto high = static_cast<unsigned>(Str_localHexCharToNum(text[i]));
+    const auto low = static_cast<unsigned>(Str_localHexCharToNum(text[i + 1]));
+    *out++ = static_cast<unsigned char>(high << 4 | low);
   }
   return len / 2;
 }

@@ -25,13 +25,13 @@ constexpr Alphabet kStandard = [] {
 Alphabet m_TabBase64 = kStandard;
 
 // Position of each character: 0 for "=", -1 for strangers.
-using Indexes = std::array<std::int8_t, 256>;
+using Indexes = std::array<std::int16_t, 256>;
 
 constexpr Indexes IndexesOf(const Alphabet& alphabet) {
   Indexes indexes{};
   indexes.fill(-1);
   for (std::size_t i = alphabet.size(); i-- > 0;) {
-    indexes[static_cast<unsigned char>(alphabet[i])] = static_cast<std::int8_t>(i);
+    indexes[static_cast<unsigned char>(alphabet[i])] = static_cast<std::int16_t>(i);
   }
   indexes['='] = 0;
   return indexes;

@@ -192,6 +192,7 @@ void WriteLine(Line& line) {
   line.Add(indent);
   AddPrefix(line, marks);
   *line.end() = '\0';
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the callers started it.
   vsnprintf(line.end(), kMessageSize, fmt, arguments);
   line.Grow(std::strlen(line.end()));  // Not what was formatted: "%c" may have put a zero there.
   WriteLine(line);
@@ -297,8 +298,9 @@ int DPrintTlvToFileAddType(int type, ...) { return type; }
 
 void MapDebugInfoType(int type, char* dst) {
   if (dst == nullptr) return;
-  if (type == 0) std::strcpy(dst, "INFO:  ");
-  if (type == 1) std::strcpy(dst, "!!ERROR:   ");
+  constexpr char kInformation[] = "INFO:  ", kError[] = "!!ERROR:   ";
+  if (type == 0) std::memcpy(dst, kInformation, sizeof kInformation);
+  if (type == 1) std::memcpy(dst, kError, sizeof kError);
 }
 
 void MapDebugLevelType(int level, char* dst) {

@@ -8,10 +8,20 @@
 #include <memory>
 
 #include "simulator/tty_reader.h"
-#include "tests/qlid/program.h"
 #include "tests/testing/private_root.h"
+#include "tests/testing/program.h"
 
 namespace {
+
+std::vector<std::string> Qlid(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), QLID_PROGRAM);
+  return arguments;
+}
+
+Output RunQlid(std::vector<std::string> arguments,
+               const std::vector<std::string>& environment = {}) {
+  return RunProgram(Qlid(std::move(arguments)), environment);
+}
 
 using Json = std::unique_ptr<cJSON, decltype(&cJSON_Delete)>;
 
@@ -109,7 +119,7 @@ TEST(QlidRead, WritesNoEscapesAndNoCountdownIntoAPipe) {
 
 TEST(QlidRead, CountsDownOnATerminal) {
   simulator::TtyReader reader;
-  Program read({"read", "--device", reader.path(), "--timeout", "3"}, {}, true);
+  Program read(Qlid({"read", "--device", reader.path(), "--timeout", "3"}), {}, true);
 
   EXPECT_TRUE(read.WaitFor("Put the card on the reader: 3 s")) << read.err();
   EXPECT_TRUE(read.WaitFor("Put the card on the reader: 2 s")) << read.err();
@@ -252,7 +262,7 @@ TEST(QlidRead, FailsInJsonToo) {
 
 TEST(QlidRead, CancelsOnAnInterruptAndGivesThePortBack) {
   simulator::TtyReader reader;
-  Program read({"read", "--device", reader.path(), "--timeout", "60"});
+  Program read(Qlid({"read", "--device", reader.path(), "--timeout", "60"}));
   ASSERT_TRUE(reader.WaitForRequests(1, 10'000));
 
   read.Signal(SIGINT);
@@ -325,7 +335,7 @@ TEST(QlidDecode, NamesAFileThatIsNotThere) {
 
 TEST(QlidSimulate, ServesAnotherProgramUntilItIsStopped) {
   const std::string link = TemporaryFolder() + "/reader";
-  Program simulate({"simulate", "--card", "foreigner", "--trace", "--link", link});
+  Program simulate(Qlid({"simulate", "--card", "foreigner", "--trace", "--link", link}));
   ASSERT_TRUE(simulate.WaitFor("Ctrl-C ends it.")) << simulate.err();
   const std::string path = std::filesystem::read_symlink(link);
 

@@ -26,6 +26,18 @@ class Engine : public testing::Test {
   // What the last read gave.
   std::string Data() const { return HexText(data, static_cast<std::size_t>(length)); }
 
+  // Seconds that answers were given, as the link logged them.
+  static Lines ReadTimesSet() {
+    const std::string opening = "COMM_Zel_ChageReadTimeOut Start  nTimeOut = ";
+    Lines seconds;
+    for (const std::string& line : LinesOf("Comm:")) {
+      if (line.rfind(opening, 0) == 0) {
+        seconds.push_back(line.substr(opening.size(), line.size() - opening.size() - 1));
+      }
+    }
+    return seconds;
+  }
+
   ScriptedReader reader;
   unsigned char data[4096] = {};
   int length = -1;

@@ -34,7 +34,7 @@ std::string FileOf(const std::string& text, const std::string& name = "file") {
 
 // A file of any size that takes no room.
 std::string SparseFile(std::uintmax_t size) {
-  const std::string path = FileOf("");
+  std::string path = FileOf("");
   fs::resize_file(path, size);
   return path;
 }

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
@@ -15,7 +16,7 @@ namespace {
 const char kDefault[] = "default";
 
 std::string IniFile(const std::string& text) {
-  const std::string path = TemporaryFolder() + "/test.ini";
+  std::string path = TemporaryFolder() + "/test.ini";
   std::filesystem::remove(path);
   WriteWholeFile(path, text);
   return path;
@@ -104,9 +105,10 @@ TEST(GetIniKeyString, EndsALineAtAZeroByte) {
 
 TEST(GetIniKeyString, KeepsTheFirst1023CharactersOfALine) {
   for (const std::size_t length : {1018U, 1019U, 1020U, 5000U, 500000U}) {
-    const std::string value(length, 'v');
+    std::string text = "[A]\nkey=";
+    text.append(length, 'v').append("\n");
 
-    EXPECT_EQ(value.substr(0, 1019), Value("[A]\nkey=" + value + "\n", "A", "key"));
+    EXPECT_EQ(std::string(std::min<std::size_t>(length, 1019), 'v'), Value(text, "A", "key"));
   }
   EXPECT_EQ("default", Value("[A]\n" + std::string(1023, 'x') + "key=1\n", "A", "key"));
   EXPECT_EQ("1", Value("[A]\n" + std::string(5000, 'x') + "\nkey=1\n", "A", "key"));
@@ -116,9 +118,10 @@ TEST(GetIniKeyString, ReadsAsMuchAsOneMebibyte) {
   const std::size_t page = 4096, most = 1 << 20;
   const std::string head = "[A]\n", tail = "\nkey=1\n";
   for (const std::size_t size : {page - 1, page, page + 1, 3 * page, most}) {
-    const std::string fill(size - head.size() - tail.size(), 'x');
+    std::string text = head;
+    text.append(size - head.size() - tail.size(), 'x').append(tail);
 
-    EXPECT_EQ("1", Value(head + fill + tail, "A", "key")) << size;
+    EXPECT_EQ("1", Value(text, "A", "key")) << size;
   }
   const std::string fill(most + 1 - head.size() - tail.size(), 'x');
   EXPECT_EQ("default", Value(head + fill + tail, "A", "key"));

@@ -1,9 +1,5 @@
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <ostream>
 #include <string>
 #include <thread>
@@ -311,12 +307,6 @@ TEST(HidRead, IsNotEndedByACancel) {
   EXPECT_EQ(2, Read(2, 5).result);
 
   canceller.join();
-}
-
-double ProcessorSeconds() {
-  timespec time = {};
-  syscall(SYS_clock_gettime, CLOCK_PROCESS_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
 struct Failure {

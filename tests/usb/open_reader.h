@@ -4,7 +4,10 @@
 #define QUILLONID_TESTS_USB_OPEN_READER_H
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <ctime>
 #include <utility>
 
 #include "quillonid/transport.h"
@@ -19,6 +22,13 @@ inline constexpr double kProcessorShare = 0.5;
 using SimulatedUsbReader = simulator::EmulatedUsbReader;
 inline constexpr double kProcessorShare = 0.1;
 #endif
+
+// Processor time of this process, the emulated bus included, past the stand-in clock.
+inline double ProcessorSeconds() {
+  timespec time = {};
+  syscall(SYS_clock_gettime, CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
 
 class OpenReader : public SimulatedUsbReader {
  public:

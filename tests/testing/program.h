@@ -1,6 +1,6 @@
 // A program run as a person or a script would: with pipes or on a pseudo-terminal, and signals.
-#ifndef QUILLONID_TESTS_QLID_PROGRAM_H
-#define QUILLONID_TESTS_QLID_PROGRAM_H
+#ifndef QUILLONID_TESTS_TESTING_PROGRAM_H
+#define QUILLONID_TESTS_TESTING_PROGRAM_H
 
 #include <sys/types.h>
 
@@ -15,15 +15,19 @@ struct Output {
 
 class Program {
  public:
-  // Starts qlid with these arguments. `environment` entries are "NAME=value". With `terminal`
-  // standard error is a pseudo-terminal.
-  explicit Program(const std::vector<std::string>& arguments,
-                   const std::vector<std::string>& environment = {}, bool terminal = false);
+  // Starts a program of this build with its arguments, words[0] being its path. `environment`
+  // entries are "NAME=value". With `terminal` standard error is a pseudo-terminal. Standard input
+  // is empty, or what is written to `Type`.
+  explicit Program(std::vector<std::string> words, const std::vector<std::string>& environment = {},
+                   bool terminal = false);
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
   ~Program();
 
   void Signal(int number) const;
+
+  // Writes to its standard input.
+  void Type(const std::string& text) const;
 
   // Waits until standard output or standard error holds `text`; false when 20 s pass or the program
   // ends first.
@@ -40,12 +44,13 @@ class Program {
   bool Pump(int milliseconds);  // false when both ends are closed
 
   pid_t pid_ = -1;
+  int in_ = -1;
   int out_ = -1;
   int err_ = -1;
   Output output_;
 };
 
-Output RunQlid(const std::vector<std::string>& arguments,
-               const std::vector<std::string>& environment = {});
+// Runs a program to its end.
+Output RunProgram(std::vector<std::string> words, const std::vector<std::string>& environment = {});
 
 #endif

@@ -1,4 +1,4 @@
-#include "tests/qlid/program.h"
+#include "tests/testing/program.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <chrono>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -18,7 +19,7 @@ namespace {
 // architecture.
 std::vector<std::string> Emulator() {
   std::vector<std::string> words;
-  std::istringstream text(QLID_EMULATOR);
+  std::istringstream text(QL_EMULATOR);
   for (std::string word; text >> word;) words.push_back(word);
   return words;
 }
@@ -46,17 +47,18 @@ bool Take(int fd, std::string* text) {
 
 }  // namespace
 
-Program::Program(const std::vector<std::string>& arguments,
-                 const std::vector<std::string>& environment, bool terminal) {
-  std::vector<std::string> words = Emulator();
-  words.emplace_back(QLID_PROGRAM);
-  words.insert(words.end(), arguments.begin(), arguments.end());
+Program::Program(std::vector<std::string> words, const std::vector<std::string>& environment,
+                 bool terminal) {
+  const std::vector<std::string> emulator = Emulator();
+  words.insert(words.begin(), emulator.begin(), emulator.end());
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
 
+  int in[2];
   int out[2];
   int err[2];
+  MakePipe(in);
   MakePipe(out);
   if (terminal) {
     MakeTerminal(err);
@@ -72,14 +74,16 @@ Program::Program(const std::vector<std::string>& arguments,
     setenv("LANG", "C.UTF-8", 1);
     setenv("TERM", "xterm-256color", 1);
     for (const std::string& entry : environment) putenv(const_cast<char*>(entry.c_str()));
-    dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+    dup2(in[0], STDIN_FILENO);
     dup2(out[1], STDOUT_FILENO);
     dup2(err[1], STDERR_FILENO);
     execvp(argv[0], argv.data());
     _exit(127);
   }
+  close(in[0]);
   close(out[1]);
   close(err[1]);
+  in_ = in[1];
   out_ = out[0];
   err_ = err[0];
 }
@@ -89,11 +93,16 @@ Program::~Program() {
     kill(pid_, SIGKILL);
     waitpid(pid_, nullptr, 0);
   }
-  if (out_ >= 0) close(out_);
-  if (err_ >= 0) close(err_);
+  for (const int fd : {in_, out_, err_}) {
+    if (fd >= 0) close(fd);
+  }
 }
 
 void Program::Signal(int number) const { kill(pid_, number); }
+
+void Program::Type(const std::string& text) const {
+  if (write(in_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) abort();
+}
 
 bool Program::Pump(int milliseconds) {
   pollfd ends[] = {
@@ -133,8 +142,7 @@ Output Program::Finish() {
   return output_;
 }
 
-Output RunQlid(const std::vector<std::string>& arguments,
-               const std::vector<std::string>& environment) {
-  Program program(arguments, environment);
+Output RunProgram(std::vector<std::string> words, const std::vector<std::string>& environment) {
+  Program program(std::move(words), environment);
   return program.Finish();
 }

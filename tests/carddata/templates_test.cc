@@ -1,0 +1,263 @@
+// Fingerprint templates: where they are taken from, and every value of the lengths that say so.
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "quillonid/carddata.h"
+#include "tests/carddata/native_data.h"
+#include "tests/carddata/record_fields.h"
+#include "tests/testing/hex_text.h"
+
+namespace {
+
+constexpr std::size_t kTextLengthAt = 10;
+constexpr std::size_t kPhotoLengthAt = 12;
+constexpr std::size_t kFingerLengthAt = 14;
+
+Bytes Counting(std::size_t size) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 167 + i / 256);
+  return bytes;
+}
+
+// Hexadecimal digits without blanks.
+std::string Digits(const Bytes& bytes, std::size_t first, std::size_t count) {
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) {
+    const unsigned byte = bytes.at(first + i / 2);
+    text += "0123456789ABCDEF"[i % 2 == 0 ? byte / 16 : byte % 16];
+  }
+  return text;
+}
+
+// Native data that ends where readable memory ends.
+class NativeBuffer {
+ public:
+  NativeBuffer()
+      : memory_(
+            mmap(nullptr, 2 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {
+    EXPECT_NE(MAP_FAILED, memory_);
+    EXPECT_EQ(0, mprotect(bytes() + kSize, kPage, PROT_NONE));
+  }
+  NativeBuffer(const NativeBuffer&) = delete;
+  NativeBuffer& operator=(const NativeBuffer&) = delete;
+  ~NativeBuffer() { munmap(memory_, 2 * kPage); }
+
+  unsigned char* bytes() const { return static_cast<unsigned char*>(memory_) + kPage - kSize; }
+  void Fill(const Bytes& native) const { std::memcpy(bytes(), native.data(), kSize); }
+
+  void Put(std::size_t at, unsigned value) const {
+    bytes()[at] = static_cast<unsigned char>(value >> 8);
+    bytes()[at + 1] = static_cast<unsigned char>(value);
+  }
+
+ private:
+  static constexpr std::size_t kPage = 65536;  // of the machine with the largest pages
+  static constexpr std::size_t kSize = 4096;
+
+  void* memory_;
+};
+
+struct Templates {
+  std::string first;
+  std::string second;
+};
+
+// Into fields of 1,025 bytes, whose neighbours must stay as they are.
+Templates Get(const unsigned char* native) {
+  std::string memory(3 * 1025, '#');
+  tFuncGetFpTemplate(native, memory.data(), memory.data() + 2 * 1025);
+  EXPECT_EQ(std::string(1025, '#'), memory.substr(1025, 1025));
+  return {memory.c_str(), memory.c_str() + 2 * 1025};
+}
+
+// What the lengths ask for, as far as it can be had.
+std::string Expected(const Bytes& native, std::size_t first, std::size_t digits) {
+  const std::size_t count = std::min<std::size_t>(digits, 1024);
+  if (first + (count + 1) / 2 > native.size()) return "";
+  return Digits(native, first, count);
+}
+
+}  // namespace
+
+TEST(tFuncGetFpTemplate, WritesTwoTemplatesOfHalfTheBlock) {
+  const Bytes block = Counting(1024);
+  const Bytes native = NativeData(1, Bytes(256), block);
+
+  const Templates templates = Get(native.data());
+
+  EXPECT_EQ(Digits(block, 0, 1024), templates.first);
+  EXPECT_EQ(Digits(block, 512, 1024), templates.second);
+}
+
+TEST(tFuncGetFpTemplate, LeavesBothEmptyWithoutFingerprints) {
+  const Templates templates = Get(NativeData(1, Bytes(256)).data());
+  EXPECT_EQ("", templates.first);
+  EXPECT_EQ("", templates.second);
+}
+
+TEST(tFuncGetFpTemplate, WritesAsManyDigitsAsTheBlockHasBytes) {
+  const Bytes block = Counting(1024);
+  for (unsigned length = 0; length <= 1024; ++length) {
+    Bytes native = NativeData(1, Bytes(256), block);
+    PutBigEndian16(&native, kFingerLengthAt, length);
+
+    const Templates templates = Get(native.data());
+
+    ASSERT_EQ(Digits(block, 0, length), templates.first) << length;
+    ASSERT_EQ(Digits(block, length / 2, length), templates.second) << length;
+  }
+}
+
+// Against an unsigned length read as a negative one, against digits behind the field, and against
+// bytes from behind the native data.
+TEST(tFuncGetFpTemplate, StaysInsideForEveryValueOfEveryLength) {
+  const Bytes plain = Counting(4096);
+  NativeBuffer buffer;
+  for (const std::size_t at : {kTextLengthAt, kPhotoLengthAt, kFingerLengthAt}) {
+    for (unsigned value = 0; value <= 0xFFFF; ++value) {
+      unsigned lengths[] = {256, 1024, 1024};
+      lengths[(at - kTextLengthAt) / 2] = value;
+      Bytes native = plain;
+      for (std::size_t i = 0; i < 3; ++i)
+        PutBigEndian16(&native, kTextLengthAt + 2 * i, lengths[i]);
+      buffer.Fill(native);
+      const std::size_t first = 16 + lengths[0] + lengths[1];
+      const std::size_t digits = lengths[2];
+
+      const Templates templates = Get(buffer.bytes());
+
+      ASSERT_EQ(Expected(native, first, digits), templates.first) << at << ' ' << value;
+      ASSERT_EQ(Expected(native, first + digits / 2, digits), templates.second)
+          << at << ' ' << value;
+    }
+  }
+}
+
+TEST(tFuncGetFpTemplate, IgnoresNull) {
+  const Bytes native = NativeData(1, Bytes(256), Counting(1024));
+  char field[1025] = "#";
+
+  tFuncGetFpTemplate(nullptr, field, field);
+  tFuncGetFpTemplate(native.data(), nullptr, field);
+  tFuncGetFpTemplate(native.data(), field, nullptr);
+  GetGATFpTemplate(native.data(), nullptr);
+
+  EXPECT_STREQ("#", field);
+}
+
+// The text block is found by the mode alone; no length moves a text or a byte outside the record.
+TEST(NativeDataParsers, GiveTheSameTextForEveryValueOfEveryLength) {
+  const Bytes text = CardText(RecordKind::kGat, {
+                                                    {"name",         u"张三"},
+                                                    {"gatReserved3", u"xyz"   }
+  });
+  NativeBuffer buffer;
+  for (const int mode : {0, 1}) {
+    const Bytes native = NativeData(mode, text, mode == 1 ? Counting(1024) : Bytes());
+    buffer.Fill(native);
+    RawRecord clean(RecordKind::kGat, true);
+    ASSERT_EQ(0, GetPersonGATInfo(mode, buffer.bytes(), clean.As<PERSONINFO_GAT_FP>()));
+    ASSERT_EQ("xyz", clean.Text("gatReserved3"));
+    const std::size_t texts = FieldNamed(clean.fields(), "fingerData1").offset;
+    for (std::size_t at = kTextLengthAt; at <= (mode == 1 ? kFingerLengthAt : kPhotoLengthAt);
+         at += 2) {
+      for (unsigned value = 0; value <= 0xFFFF; ++value) {
+        buffer.Put(at, value);
+        RawRecord record(RecordKind::kGat, true);
+
+        ASSERT_EQ(0, GetPersonGATInfo(mode, buffer.bytes(), record.As<PERSONINFO_GAT_FP>()));
+
+        ASSERT_EQ(clean.bytes().substr(0, texts), record.bytes().substr(0, texts)) << value;
+        ASSERT_TRUE(record.IsTailUntouched()) << value;
+        ASSERT_EQ('\0', record.Get("fingerData1").back());
+        ASSERT_EQ('\0', record.Get("fingerData2").back());
+      }
+      buffer.Fill(native);
+    }
+  }
+}
+
+TEST(NativeDataParsers, TakeTemplatesInModeOneOnly) {
+  const Bytes block = Counting(1024);
+  const auto first = [&](RecordKind kind, int mode) {
+    const Bytes text = CardText(kind == RecordKind::kPerson ? RecordKind::kChina : kind, {});
+    const Bytes native = NativeData(1, text, block);
+    RawRecord record(kind, true);
+    switch (kind) {
+      case RecordKind::kChina:
+        GetPersonChinaInfo(mode, native.data(), record.As<PERSONINFO_CHA_FP>());
+        break;
+      case RecordKind::kForeign:
+        GetPersonForeignInfo(mode, native.data(), record.As<PERSONINFO_FOR_FP>());
+        break;
+      case RecordKind::kGat:
+        GetPersonGATInfo(mode, native.data(), record.As<PERSONINFO_GAT_FP>());
+        break;
+      default:
+        GetPersonInfo(0, mode, native.data(), record.As<PERSONINFO_FP>());
+        break;
+    }
+    return std::pair(record.Text("fingerData1"), record.Text("fingerData2"));
+  };
+  for (const RecordKind kind :
+       {RecordKind::kChina, RecordKind::kForeign, RecordKind::kGat, RecordKind::kPerson}) {
+    EXPECT_EQ(std::pair(Digits(block, 0, 1024), Digits(block, 512, 1024)), first(kind, 1));
+    EXPECT_EQ(std::pair(std::string(), std::string()), first(kind, 0));
+    EXPECT_EQ(std::pair(std::string(), std::string()), first(kind, 2));
+  }
+}
+
+TEST(GetGATFpTemplate, FillsAPermitsTemplatesAlone) {
+  const Bytes block = Counting(1024);
+  const Bytes native = NativeData(1,
+                                  CardText(RecordKind::kGat,
+                                           {
+                                               {"name", u"张三"}
+  }),
+                                  block);
+  RawRecord record(RecordKind::kGat, true);
+
+  GetGATFpTemplate(native.data(), record.As<PERSONINFO_GAT_FP>());
+
+  EXPECT_EQ("", record.Text("name"));
+  EXPECT_EQ(Digits(block, 0, 1024), record.Text("fingerData1"));
+  EXPECT_EQ(Digits(block, 512, 1024), record.Text("fingerData2"));
+}
+
+// The pieces behind the text are converted as if they were text, as far as a field's text goes.
+TEST(IdGATParam_FP, ConvertsTwoPiecesBehindTheTextOfALongAnswer) {
+  Bytes native = CardText(RecordKind::kGat, {
+                                                {"name", u"张三"}
+  });
+  for (const char piece : {'x', 'y'}) {
+    for (int unit = 0; unit < 256; ++unit) {
+      native.insert(native.end(), {static_cast<std::uint8_t>(piece), 0});
+    }
+  }
+  native.resize(4096);
+  RawRecord record(RecordKind::kGat, true, '#');
+
+  EXPECT_EQ(0, IdGATParam_FP(1298, native.data(), 0, record.As<PERSONINFO_GAT_FP>()));
+
+  EXPECT_EQ("张三             ", record.Text("name"));
+  EXPECT_EQ(std::string(128, 'x') + std::string(897, '\0'), record.Get("fingerData1"));
+  EXPECT_EQ(std::string(128, 'y') + std::string(897, '\0'), record.Get("fingerData2"));
+  EXPECT_TRUE(record.IsTailUntouched());
+}
+
+TEST(IdGATParam_FP, ConvertsTheTextAloneOfAShortAnswer) {
+  const Bytes native = NativeData(1, CardText(RecordKind::kGat, {
+                                                                    {"name", u"张三"}
+  }));
+  for (const int total : {1297, 1295, 0, -1}) {
+    RawRecord record(RecordKind::kGat, true, '#');
+    EXPECT_EQ(0, IdGATParam_FP(total, native.data(), 16, record.As<PERSONINFO_GAT_FP>()));
+    EXPECT_EQ("张三             ", record.Text("name"));
+    EXPECT_EQ(std::string(1025, '#'), record.Get("fingerData1"));
+  }
+}
