@@ -4,8 +4,8 @@
  *
  *  A read opens the device, runs the card commands within the time limit, closes the device and
  *  returns. One read runs at a time in a process; only APP_ID_CancelRead() may be called from
- * another thread. Every function takes and gives zero-terminated text; paths and device texts are
- * bytes as the system calls take them. */
+ *  another thread. Every function takes and gives zero-terminated text; paths and device texts are
+ *  bytes as the system calls take them. */
 #ifndef QUILLONID_QUILLONID_H
 #define QUILLONID_QUILLONID_H
 
@@ -21,11 +21,12 @@ QL_BEGIN_DECLS
  *  - `nBaud`: serial speed in bit/s; not used for USB
  *  - `nTimeOut`: limit of the read in seconds, 1 to 120
  *  - `szHeadDir`: path of the BMP file that receives the photo
- *  - `record`: receives the fields; cleared first
+ *  - `record`: receives the fields, UTF-8 text that ends in a zero byte inside its field; passed
+ *    zero-filled (an `_FP` record is cleared first)
  *
  *  Returns 0 or a published code. Without a usable photo or decoder the result is -7 or -100; an
  *  `_FP` record is filled nevertheless, a plain one stays empty. A serial read that fails just
- * before its limit searches once more: it may take about twice the limit and 10 s.
+ *  before its limit searches once more: it may take about twice the limit and 10 s.
  *  @{ */
 QL_API int APP_ID_ReadIDCard(const char* szDevice, const char* szBpNo, long nBaud, long nTimeOut,
                              char* szHeadDir,
@@ -62,17 +63,17 @@ QL_API int APP_ID_ReadCollectIDCard_FP(
     PERSONINFO_COLLECT_FP* record); /**< the same with fingerprints */
 
 /** Any kind as JSON text. `szJson` holds 8,192 bytes; `bFinger` non-zero reads fingerprints; null
- * or empty `szHeadDir` leaves the photo file out. */
+ *  or empty `szHeadDir` leaves the photo file out. */
 QL_API int APP_ID_ReadCollectIDCardInfo(const char* szDevice, const char* szBpNo, long nBaud,
                                         long nTimeOut, int bFinger, char* szHeadDir, char* szJson);
 
 /** Asks the running read to stop: at once on a serial line (0.1 s; up to 1 s in a pause), at the
- * end of the running command on USB. A cancel that falls between two commands may be missed; call
- * again until the read returns. Returns 0. */
+ *  end of the running command on USB. A cancel that falls between two commands may be missed; call
+ *  again until the read returns. Returns 0. */
 QL_API int APP_ID_CancelRead(void);
 
 /** Copies the native data of the last successful read to `pBuf`. Returns its length (1,295, 1,297
- * or 2,321), or 0 when there is none or `nSize` is too small. */
+ *  or 2,321), or 0 when there is none or `nSize` is too small. */
 QL_API int APP_ID_GetIdNativeData(void* pBuf, int nSize);
 
 /** Message of a published code; see TY_IDGetErrMessage(). */

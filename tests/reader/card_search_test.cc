@@ -1,3 +1,5 @@
+#include <chrono>
+
 #include "tests/reader/engine_fixture.h"
 
 using DeviceCheck = Engine;
@@ -106,6 +108,18 @@ TEST_F(CardSearch, TimesOutWhileAnswersSayNoCard) {
 
   EXPECT_EQ(Lines(5, kSearchCommand), reader.Commands());  // at 0, 1, 2, 3 and 4 seconds
   EXPECT_EQ(4, stand_in_clock::SleepCalls());
+}
+
+TEST_F(CardSearch, TimesOutInRealTime) {
+  stand_in_clock::UseSystemClock();
+  reader.On(kSearchCommand, kNoCardAnswer);
+  const auto start = std::chrono::steady_clock::now();
+
+  EXPECT_EQ(-56, SearchCard(1500));
+
+  const auto taken = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(taken, std::chrono::milliseconds(1900));  // two pauses
+  EXPECT_LE(taken, std::chrono::seconds(15));
 }
 
 TEST_F(CardSearch, TimesOutWithoutPausesWhenNothingAnswers) {
