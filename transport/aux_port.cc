@@ -4,9 +4,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <string_view>
 
 #include "link/str.h"
@@ -19,8 +19,7 @@ namespace {
 
 #define ESC "\x1B"
 
-// The open auxiliary port. Set by COMM_Com_OpenAuxPort, whose opening clears prefix and suffix
-// first; a close keeps it.
+// The open auxiliary port. Replaced as a whole by COMM_Com_OpenAuxPort; a close keeps it.
 struct {
   std::uint32_t family;     // 1 to 5; anything else works as 1
   std::string_view prefix;  // sent before every write
@@ -169,7 +168,7 @@ QL_API int COMM_Com_CloseAuxPort(std::uint32_t mode_flag) {
 QL_API int COMM_Com_OpenLinuxAux(std::uint32_t family, std::uint32_t aux_number, std::uint32_t baud,
                                  std::uint32_t mode_flag) {
   LOG_DEVICE("[%s ] Start ", __func__);
-  char name[PATH_MAX] = {};
+  char name[PATH_MAX];
   if (ttyname_r(STDOUT_FILENO, name, sizeof name) != 0) return RET_PUB_OPEN_ERROR;
   Str_strsTrim(name);
   LOG_DEVICE("LinuxOpenPort szTtyName =%s\r\n", name);

@@ -56,11 +56,11 @@ typedef struct QL_SAVED_PARAMETERS {
 
 /** Opens `path` at `baud` bit/s and discards what had arrived; an open port is closed first.
  *  Listed rates: 300, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200, 230400; any other
- * becomes 9600. The path is opened for reading and writing, without O_NOCTTY: a service that leads
- * its session and has no controlling terminal gets this one, and SIGHUP when the line goes away;
- * let it hold another terminal or ignore SIGHUP. A tty that waits for a carrier keeps the open
- * waiting. Returns 0, -3 (cannot be opened) or -1 (its settings cannot be read or applied); after a
- * failure no port is open. */
+ *  becomes 9600. The path is opened for reading and writing, without O_NOCTTY: a service that
+ *  leads its session and has no controlling terminal gets this one, and SIGHUP when the line goes
+ *  away; let it hold another terminal or ignore SIGHUP. A tty that waits for a carrier keeps the
+ *  open waiting. Returns 0, -3 (cannot be opened) or -1 (its settings cannot be read or applied);
+ *  after a failure no port is open. */
 QL_API int COMM_Com_OpenLinux(const char* path, int baud);
 /** As QL_SendDataToTransPort(). */
 QL_API int COMM_Com_WriteLinux(const unsigned char* data, int len);
@@ -70,20 +70,20 @@ QL_API int COMM_Com_WriteLinux(const unsigned char* data, int len);
  *  @param timeout_s     whole seconds; the read ends between `timeout_s` and one second more. A
  *                       negative limit counts as 1
  *  @param end_condition null, or asked at least every 0.1 s, also when no byte has come yet
- *  @return the bytes read, -2 (no port, no buffer, `wanted` too large), -55 (read failed), -56
- * (time) or -57 (cancelled); bytes that came before a negative result are in the buffer */
+ *  @return the bytes read, -2 (no port, no buffer, `wanted` too large), -55 (read failed),
+ *          -56 (time) or -57 (cancelled); bytes that came before are in the buffer */
 QL_API int COMM_Com_ReadLinux(unsigned char* buffer, uint32_t wanted, int timeout_s,
                               QL_END_CONDITION end_condition);
 /** Ends a running read, or a write that waits for the line, within 0.1 s; may be called from
- * another thread. Without one it has no effect. Returns 0, or -57 when the port's descriptor is 0:
- * such a port cannot be cancelled. */
+ *  another thread. Without one it has no effect. Returns 0, or -57 when the port's descriptor is
+ *  0: such a port cannot be cancelled. */
 QL_API int COMM_Com_CancelLinuxRead(void);
 /** Waits until the output has left, restores the line settings and closes. Returns 0. */
 QL_API int COMM_Com_CloseLinux(void);
 /** Discards input that has arrived. */
 QL_API void ClearReceiveBuffer(void);
-/** One read() of up to `len` bytes; waits 0.1 s at most. Returns its result, or -2 without a port,
- * a buffer or a length of 0 or more. */
+/** One read() of up to `len` bytes; waits 0.1 s at most. Returns its result, or -2 without a
+ *  port, a buffer or a length of 0 or more. */
 QL_API int ReadBlock(unsigned char* buffer, int len);
 /** One write(). Returns its result, or -2 as ReadBlock(). */
 QL_API int WriteBlock(const unsigned char* buffer, int len);
@@ -92,7 +92,7 @@ QL_API int ReadUnBlock(unsigned char* buffer, int len);
 /** WriteBlock() as soon as the line takes bytes; when it does not within 1 s, pending output is
  *  discarded and the result is 0. */
 QL_API int WriteUnBlock(const unsigned char* buffer, int len);
-/** Sends `len` bytes. A line that takes no byte for 5 seconds, a failure and a cancel end it early.
+/** Sends `len` bytes. A line that takes no byte for over 5 s, a failure and a cancel end it early.
  *  Returns the bytes written; -2 without a port, data or a length above 0. */
 QL_API int QL_SendDataToTransPort(const unsigned char* data, int len);
 /** Makes `fd` the open port, -2 none. A port that was open is forgotten, not closed; from now on
@@ -104,8 +104,9 @@ QL_API int ResetAux(void);
 
 /** @name Terminal auxiliary port: the terminal on standard output passes bytes on
  *  `family` is the terminal family, 1 to 5; any other value counts as 1. `aux_number` is the port,
- * 1 to 4; a higher one counts as the family's first. `mode_flag`: non-zero locks the terminal's
- *  keyboard (KAM of ECMA-48) around the session.
+ *  1 to 4; a higher one counts as the family's first. `mode_flag`: non-zero locks the keyboard
+ *  of the terminal (KAM of ECMA-48) around the session. Call these functions in the foreground:
+ *  the kernel stops a background process (SIGTTOU) that changes its terminal's line settings.
  *  @{ */
 
 /** Opens the terminal on standard output as a serial port at `baud`, and its auxiliary port behind
@@ -114,7 +115,7 @@ QL_API int ResetAux(void);
 QL_API int COMM_Com_OpenLinuxAux(uint32_t family, uint32_t aux_number, uint32_t baud,
                                  uint32_t mode_flag);
 /** Sends the family's opening sequence on the open port and keeps what wraps the writes. Whether
- * the bytes got through is not checked. Returns 0, or -2 for `aux_number` 0. */
+ *  the bytes got through is not checked. Returns 0, or -2 for `aux_number` 0. */
 QL_API int COMM_Com_OpenAuxPort(uint32_t family, uint32_t aux_number, uint32_t baud,
                                 uint32_t mode_flag);
 /** Writes the opening sequence of family 1 with its zero to `out`, a buffer of 64 bytes. Returns 0,

@@ -1,10 +1,8 @@
 // Terminal auxiliary port: the test plays the terminal that a program's standard output is.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <functional>
 #include <string>
 #include <string_view>
 
@@ -14,6 +12,7 @@
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/pty.h"
+#include "tests/transport/terminal_child.h"
 
 #define ESC "\x1B"
 
@@ -36,60 +35,6 @@ std::string Opening(std::uint32_t family, std::uint32_t aux_number, std::uint32_
 
 // The parts of families 1, 4 and unknown ones that are always the same.
 constexpr char kOpeningEnd[] = ESC "[/54l" ESC "[/53h" ESC "[/50h";
-
-// A process whose standard output is the given descriptor; `program` returns text that the parent
-// gets from Output().
-class Child {
- public:
-  Child(int standard_output, const std::function<std::string()>& program) {
-    int ends[2] = {};
-    EXPECT_EQ(0, pipe(ends));
-    pid_ = fork();
-    if (pid_ == 0) {
-      if (standard_output >= 0) {
-        dup2(standard_output, STDOUT_FILENO);
-        close(standard_output);
-      } else {
-        close(STDOUT_FILENO);
-      }
-      close(ends[0]);
-      const std::string text = program();
-      const ssize_t put = write(ends[1], text.data(), text.size());
-      _exit(put == static_cast<ssize_t>(text.size()) ? 0 : 1);
-    }
-    close(ends[1]);
-    results_ = ends[0];
-  }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
-  ~Child() { Output(); }
-
-  // Waits for the end.
-  std::string Output() {
-    if (results_ < 0) return "";
-    std::string output;
-    char bytes[256];
-    for (ssize_t got = 0; (got = read(results_, bytes, sizeof bytes)) > 0;) {
-      output.append(bytes, static_cast<std::size_t>(got));
-    }
-    close(results_);
-    results_ = -1;
-    int status = 0;
-    EXPECT_EQ(pid_, waitpid(pid_, &status, 0));
-    EXPECT_EQ(0, status);
-    return output;
-  }
-
- private:
-  pid_t pid_;
-  int results_;
-};
-
-// A child on the terminal; this process keeps no descriptor on it, so that its end is seen.
-Child ChildOn(const Pty& terminal, const std::function<std::string()>& program) {
-  const Descriptor fd(open(terminal.path().c_str(), O_RDWR | O_NOCTTY));
-  return Child(fd.get(), program);
-}
 
 }  // namespace
 

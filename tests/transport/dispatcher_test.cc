@@ -10,6 +10,7 @@
 #include "tests/testing/private_root.h"
 #include "tests/testing/pty.h"
 #include "tests/testing/stand_in_clock.h"
+#include "tests/transport/terminal_child.h"
 
 #define ESC "\x1B"
 
@@ -318,6 +319,33 @@ TEST_P(Dispatcher, RoutesPastTheAuxiliaryPortBelowSelectorOne) {
 
     EXPECT_EQ(HexText(std::string(ESC "[0>abc")), HexText(pty.ReceiveRest()));
   }
+}
+
+TEST_P(Dispatcher, RoutesASessionThroughTheAuxiliaryPort) {
+  const Pty terminal;
+  const termios found = terminal.Settings();
+  QL_TRANSPORT_DESCRIPTION description = SerialPort("/dev/no-such-tty");
+  description.nAuxNumber = 2;
+  description.nAuxParam = 3;
+  description.nAuxCloseFlag = 1;
+  description.nBaud = 19200;
+
+  Child program = ChildOn(terminal, [&] {
+    unsigned char reply[3] = {};
+    std::string results = std::to_string(dev_.open(&description));
+    results += " " + std::to_string(dev_.write(Bytes("abc"), 3));
+    results += " " + std::to_string(dev_.read(reply, 3));
+    results += " " + std::to_string(dev_.close());
+    return results + " " + HexText(reply);
+  });
+
+  const std::string opening = ESC "[2h" ESC "[/2;1;9;3;1;0M" ESC "[/|abc|";
+  EXPECT_EQ(HexText(opening), HexText(terminal.Receive(opening.size())));
+  terminal.Send("xyz");
+  EXPECT_EQ(HexText(std::string(ESC "[/M" ESC "[2l")), HexText(terminal.ReceiveRest()));
+  EXPECT_EQ("0 3 3 0 78 79 7A", program.Output());
+  const termios left = terminal.Settings();
+  EXPECT_EQ(HexText(&found, sizeof found), HexText(&left, sizeof left));
 }
 
 // A selector that an earlier session left would wrap the writes of a plain port.

@@ -6,6 +6,7 @@
 #include "quillonid/results.h"
 #include "quillonid/transport.h"
 #include "tests/testing/hex_text.h"
+#include "tests/testing/private_root.h"
 #include "tests/testing/pty.h"
 #include "tests/usb/fake_libusb.h"
 
@@ -116,6 +117,19 @@ TEST(DispatcherUsb, ClosesTheReaderBeforeItOpensThePort) {
   EXPECT_EQ(0, Now().contexts);
   EXPECT_EQ(2, Write("ab"));
   EXPECT_EQ("ab", pty.Receive(2));
+}
+
+TEST(DispatcherUsb, DoesNotCloseAReaderTwice) {
+  NEEDS_PRIVATE_ROOT();
+  const Pty pty;
+  ASSERT_EQ(0, Open(UsbReader()));
+  ASSERT_EQ(0, COMM_Dev_CloseTransPort());
+  SwitchLogging(true);
+
+  ASSERT_EQ(0, Open(SerialPort(pty.path())));
+
+  ASSERT_LT(2u, LogLines().size());
+  EXPECT_EQ("  TIME  INFO:    CommDev:  [COMM_Com_OpenLinux ] Start ", LogLines()[2]);
 }
 
 TEST(DispatcherUsb, KeepsTheReaderWhenItIsOpenedAgain) {

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <numeric>
 #include <thread>
 #include <utility>
 
@@ -58,7 +57,7 @@ double CpuSeconds() {
 
 TEST_F(SerialRead, ReturnsWantedBytesAsTheyAre) {
   std::string bytes(256, '\0');
-  std::iota(bytes.begin(), bytes.end(), '\0');
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i);
   unsigned char reply[256] = {};
   pty_.Send(bytes);
 

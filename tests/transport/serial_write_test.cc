@@ -7,7 +7,6 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <numeric>
 #include <thread>
 
 #include "quillonid/results.h"
@@ -25,7 +24,7 @@ constexpr int kTooMuch = 100'000;
 
 std::string Pattern(int size) {
   std::string bytes(static_cast<std::size_t>(size), '\0');
-  std::iota(bytes.begin(), bytes.end(), '\0');
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i & 0xFF);
   return bytes;
 }
 
@@ -230,6 +229,12 @@ TEST_F(SerialWrite, DoesNotSpinOnALineThatOnlySeemsToHaveRoom) {
 
   EXPECT_GT(1000u, system_calls::Noted().size());
   EXPECT_LT(4.9, stand_in_clock::SecondsSlept());
+}
+
+TEST_F(SerialWrite, DoesNotKeepAPseudoTerminalFromClosing) {
+  FillLine();
+
+  EXPECT_EQ(0, COMM_Com_CloseLinux());
 }
 
 TEST_F(SerialWrite, RestoresTheBlockingModeThatItFound) {
