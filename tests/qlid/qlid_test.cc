@@ -416,3 +416,30 @@ TEST(Qlid, PrintsHelpAndVersionToStandardOutput) {
   EXPECT_EQ(0, version.exit);
   EXPECT_EQ("qlid 1.0.0\n", version.out);
 }
+
+TEST(QlidDevices, AsksASerialPortWhetherItIsAReader) {
+  const Bench bench;
+  simulator::TtyReader silent;
+  silent.SetFault({simulator::FaultId::kSilent, 0});
+
+  const Output reader = RunQlid({"devices", "--probe", bench.reader.path()});
+  const Output other = RunQlid({"devices", "--probe", silent.path()});
+
+  EXPECT_EQ(0, reader.exit) << reader.err;
+  EXPECT_TRUE(Contains(reader.out, "a reader answered: its card module is ready")) << reader.out;
+  EXPECT_EQ(3, other.exit);
+  EXPECT_TRUE(Contains(other.out, "nothing answered")) << other.out;
+}
+
+TEST(QlidDevices, ListsTheKnownUsbIds) {
+  const Output known = RunQlid({"devices", "--known"});
+
+  EXPECT_EQ("0403:bcd5\n0403:bcd7\n0403:bc95\n2b46:be11\n2b46:be01\n2b46:bc01\n", known.out);
+}
+
+TEST(QlidDevices, RefusesWhatIsNoUsbId) {
+  const Output output = RunQlid({"read", "--usb-id", "12345678"});
+
+  EXPECT_EQ(2, output.exit);
+  EXPECT_TRUE(Contains(output.err, "no USB id")) << output.err;
+}

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/qlid/reading.h"
 
@@ -22,6 +23,15 @@ struct ReadOptions {
   OutputOptions output;
 };
 int ReadCommand(const ReadOptions& options);
+
+struct DevicesOptions {
+  bool json = false;
+  bool known = false;                // list the ids alone
+  std::string probe;                 // device to ask whether it is a reader
+  long baud = 115200;                // for it
+  std::vector<std::string> usb_ids;  // beside the known ones
+};
+int DevicesCommand(const DevicesOptions& options);
 
 struct DecodeOptions {
   std::string file;

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "tools/qlid/commands.h"
+#include "tools/qlid/devices.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
@@ -14,6 +15,7 @@ namespace {
 
 struct CommandLine {
   ReadOptions read;
+  DevicesOptions devices;
   DecodeOptions decode;
   SimulateOptions simulate;
   DemoOptions demo;
@@ -43,6 +45,17 @@ void AddDemo(CLI::App& app, CommandLine* line) {
       ->capture_default_str();
 }
 
+void AddUsbIds(CLI::App* command, std::vector<std::string>* ids) {
+  command->add_option("--usb-id", *ids, "USB id of a reader beside the known ones, vendor:product")
+      ->type_name("1234:5678")
+      ->expected(1, 10)
+      ->check([](const std::string& text) {
+        UsbIdText id = {};
+        return ParseUsbId(text, &id) ? std::string()
+                                     : "\"" + text + "\" is no USB id such as 1234:5678";
+      });
+}
+
 void AddRead(CLI::App& app, CommandLine* line) {
   CLI::App* read = app.add_subcommand("read", "Read a card");
   ReadRequest& request = line->read.request;
@@ -66,10 +79,22 @@ void AddRead(CLI::App& app, CommandLine* line) {
   read->add_flag("--search-direct", request.search_direct,
                  "Read at once, without search and select");
   read->add_flag("--one-command", request.one_command, "Read with the one-command read");
+  AddUsbIds(read, &request.usb_ids);
   read->add_option("--native", line->read.output.native,
                    "Write the card's native data to this file")
       ->type_name("FILE");
   AddOutput(read, &line->read.output);
+}
+
+void AddDevices(CLI::App& app, CommandLine* line) {
+  CLI::App* devices = app.add_subcommand("devices", "Readers and ports on this machine");
+  devices->add_flag("--json", line->devices.json, "One JSON document on standard output");
+  devices->add_flag("--known", line->devices.known, "List the USB ids that are looked for");
+  devices->add_option("--probe", line->devices.probe, "Ask this device whether it is a reader")
+      ->type_name("DEVICE");
+  devices->add_option("--baud,-b", line->devices.baud, "Serial speed for --probe, in bit/s")
+      ->capture_default_str();
+  AddUsbIds(devices, &line->devices.usb_ids);
 }
 
 void AddDecode(CLI::App& app, CommandLine* line) {
@@ -148,6 +173,7 @@ void Settle(const CommandLine& line) {
 int Run(const CLI::App& app, const CommandLine& line) {
   Settle(line);
   if (app.got_subcommand("demo")) return DemoCommand(line.demo);
+  if (app.got_subcommand("devices")) return DevicesCommand(line.devices);
   if (app.got_subcommand("read")) return ReadCommand(line.read);
   if (app.got_subcommand("decode")) return DecodeCommand(line.decode);
   if (app.got_subcommand("simulate")) return SimulateCommand(line.simulate);
@@ -168,6 +194,7 @@ int Main(int argc, char** argv) {
       ->check(CLI::IsMember({"auto", "always", "never"}))
       ->capture_default_str();
   AddDemo(app, &line);
+  AddDevices(app, &line);
   AddRead(app, &line);
   AddDecode(app, &line);
   AddSimulate(app, &line);

@@ -15,6 +15,7 @@
 #include "quillonid/link.h"
 #include "quillonid/quillonid.h"
 #include "quillonid/reader.h"
+#include "tools/qlid/devices.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
 
@@ -42,10 +43,20 @@ void FillCard(const ReadRequest& request, Card* card) {
                              : CardKind::kUnknown;
 }
 
+void Settle(const ReadRequest& request) {
+  for (std::size_t i = 0; i < request.usb_ids.size(); ++i) {
+    UsbIdText id = {};
+    if (ParseUsbId(request.usb_ids[i], &id)) {
+      APP_ID_AddHID(static_cast<int>(i), static_cast<int>(id.product), static_cast<int>(id.vendor));
+    }
+  }
+  QL_APP_Id_RaiseBaundFlag(request.raise_baud ? 1 : 0);
+}
+
 int RunRead(const ReadRequest& request, PERSONINFO_COLLECT_FP* record) {
+  Settle(request);
   APP_ID_SetSearchDirect(request.search_direct ? 1 : 0);
   APP_ID_SetOneInstrReadInfo(request.one_command ? 1 : 0);
-  QL_APP_Id_RaiseBaundFlag(request.raise_baud ? 1 : 0);
   // No photo path: the text never waits for the decoder.
   if (request.fingerprints) {
     return APP_ID_ReadCollectIDCard_FP(request.device.c_str(), "", request.baud, request.timeout,
@@ -121,7 +132,7 @@ Reading ReadCard(const ReadRequest& request) {
 }
 
 ReaderState AskReader(const ReadRequest& request) {
-  QL_APP_Id_RaiseBaundFlag(request.raise_baud ? 1 : 0);
+  Settle(request);
   if (tFuncOpenDevice(request.device.c_str(), "", static_cast<int>(request.baud), 0, 1) != 0) {
     return ReaderState::kNotOpened;
   }

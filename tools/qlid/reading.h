@@ -3,6 +3,7 @@
 #define QUILLONID_TOOLS_QLID_READING_H
 
 #include <string>
+#include <vector>
 
 #include "tools/qlid/card_view.h"
 
@@ -13,6 +14,7 @@ struct ReadRequest {
   long baud = 115200;
   int timeout = 10;
   bool fingerprints = false;
+  std::vector<std::string> usb_ids;  // "1234:5678", beside the known ones
   bool raise_baud = false;
   bool search_direct = false;
   bool one_command = false;
