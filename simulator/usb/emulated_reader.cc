@@ -52,6 +52,15 @@ std::string ReaderDescription(const UsbTraits& traits) {
          Hex(ConfigurationDescriptor(traits)) + "\n";
 }
 
+// Interface 0 with the driver that holds it, as sysfs shows it; nothing without a driver.
+std::string DriverDescription(const UsbTraits& traits) {
+  if (traits.driver.empty()) return "";
+  return "\nP: /devices/pci0000:00/usb1/1-1/1-1:1.0\n"
+         "E: SUBSYSTEM=usb\nE: DEVTYPE=usb_interface\n"
+         "L: driver=../../../../../bus/usb/drivers/" +
+         traits.driver + "\n";
+}
+
 struct RequestName {
   unsigned long request;
   const char* name;
@@ -90,7 +99,8 @@ EmulatedUsbReader::EmulatedUsbReader(UsbTraits traits)
       handler_(umockdev_ioctl_base_new()) {
   g_signal_connect(handler_, "handle-ioctl", G_CALLBACK(OnIoctl), this);
   g_signal_connect(handler_, "client-connected", G_CALLBACK(OnConnected), this);
-  const std::string description = kRootHub + ReaderDescription(traits_);
+  const std::string description =
+      kRootHub + ReaderDescription(traits_) + DriverDescription(traits_);
   GError* error = nullptr;
   if (!umockdev_testbed_attach_ioctl(bed_, kNode, handler_, &error) ||
       !umockdev_testbed_add_from_string(bed_, description.c_str(), &error)) {
