@@ -101,9 +101,9 @@ TEST(Kernel, RefusesAnOpenWithoutNode) {
 
 // Whole reads -----------------------------------------------------------------------------------
 
-class KernelWholeRead : public testing::TestWithParam<const char*> {};
+class KernelSpecimen : public testing::TestWithParam<const char*> {};
 
-TEST_P(KernelWholeRead, GivesTheSameTextAsOverATty) {
+TEST_P(KernelSpecimen, GivesTheSameTextAsOverATty) {
   simulator::TtyReader tty;
   tty.PutCard(simulator::MakeCard(GetParam()));
   const JsonRead serial = ReadJson(tty.path().c_str());
@@ -116,7 +116,7 @@ TEST_P(KernelWholeRead, GivesTheSameTextAsOverATty) {
   EXPECT_EQ(serial.text, read.text);
 }
 
-INSTANTIATE_TEST_SUITE_P(, KernelWholeRead, testing::Values("resident", "foreigner", "permit"));
+INSTANTIATE_TEST_SUITE_P(, KernelSpecimen, testing::Values("resident", "foreigner", "permit"));
 
 TEST(KernelWholeRead, EndsWhenThePlugIsPulledInMidReply) {
   CardOnUsb usb(HidTraits());
