@@ -87,10 +87,9 @@ int libusb_get_device_descriptor(libusb_device* device, libusb_device_descriptor
 
 int libusb_open(libusb_device* device, libusb_device_handle** handle) {
   Called("open " + std::to_string(NumberOf(device)));
-  if (Now().open_result != 0) return Now().open_result;
-  ++Now().handles;
-  *handle = TheHandle();
-  return 0;
+  *handle = TheHandle();  // also on failure, where nobody may use it
+  if (Now().open_result == 0) ++Now().handles;
+  return Now().open_result;
 }
 
 void libusb_close(libusb_device_handle* handle) {
