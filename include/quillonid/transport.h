@@ -133,23 +133,31 @@ QL_API int COMM_Com_CloseLinuxAux(uint32_t mode_flag);
 QL_API int COMM_Com_CloseAuxPort(uint32_t mode_flag);
 /** @} */
 
-/** @name USB HID: interface 0, endpoints 0x01 and 0x81
+/** @name USB HID: interface 0, endpoints 0x01 (out) and 0x81 (in)
+ *  Bytes travel as they are, without report ids. One device at a time.
  *  @{ */
 
-/** Opens the first device with these ids; an open device stays, whatever its ids. Returns 0, -50
- * (no such device) or -3 (it cannot be opened or claimed). */
+/** Opens the first device with these ids, resets it and takes interface 0 from the kernel's driver,
+ *  which does not come back before the device is plugged in again. While a device is open, returns
+ *  0 and keeps it, whatever the ids. Returns 0, -50 (no such device) or -3 (it cannot be opened or
+ *  claimed); after a failure nothing is open. */
 QL_API int COMM_Hid_OpenLinuxUsbLibHid(uint32_t vendor_id, uint32_t product_id);
-/** Sends `len` bytes. Returns `len`, -50 (not open) or -54 (transfer failed). */
+/** Sends `len` bytes in at most 5 transfers of at most 1 s each. Returns `len`, -50 (not open) or
+ *  -54 (a transfer failed, or bytes are left after the fifth). */
 QL_API int COMM_Hid_WriteLinuxUsbLibHid(const unsigned char* data, uint32_t len);
-/** Reads until `wanted` bytes, the end condition or the time limit (seconds; a negative one ends
- *  after the first pass). Returns the length up to the last non-zero byte, 0 on time-out, -50. */
+/** Reads in transfers of at most 1,024 bytes and 200 ms until `wanted` bytes are there, the end
+ *  condition is met or the time limit has passed. `buffer` holds `wanted` bytes; what a transfer
+ *  brings beyond them is lost. `timeout_s` is compared as a signed number of whole seconds; a
+ *  negative one ends the read after its first transfer. Returns the length up to the last non-zero
+ *  byte, 0 on time-out or when all bytes are zero, or -50 (not open). */
 QL_API int COMM_Hid_ReadLinuxUsbLibHid(unsigned char* buffer, int wanted, uint32_t timeout_s,
                                        QL_END_CONDITION end_condition);
-/** Releases and closes the device. Returns 0. */
+/** Releases interface 0 and closes the device. Returns 0, also when none is open. */
 QL_API int COMM_Hid_CloseLinuxUsbLibHid(void);
 /** Does nothing and returns -57: a USB read cannot be cancelled. */
 QL_API int COMM_Hid_CancelLinuxUsbLibHid(void);
-/** 1: trailing zero bytes of every transfer are dropped (as at start). */
+/** 1: trailing zero bytes of every transfer are dropped (as at start); any other value keeps them
+ *  until the end of the read. */
 QL_API void COMM_Hid_SetLinuxHidClearZero(uint32_t flag);
 /** @} */
 
