@@ -12,17 +12,21 @@ QL_BEGIN_DECLS
 /** @name Log and configuration
  *  Lines go to "/home/quillon/Alg_debug.log" while "/home/quillon/QLConfig.ini" holds a non-zero
  *  "LogFlag" in section "QuillonLog"; the file is looked at on every call. The log holds card data
- *  in clear and is created with mode 0600.
+ *  in clear, is created with mode 0600 and grows without limit; the folder is never created. Lines
+ *  end in CR LF and are written whole, by any thread; a line that cannot be written is dropped.
+ *  errno stays as it was. Not for signal handlers.
  *  @{ */
 
-/** Writes one line, formatted as printf does and cut at 4,095 characters. The result means nothing.
- */
+/** Writes one line: version, blank, time of GetLogTime(), two blanks, and the message, formatted as
+ *  printf does and cut at 4,095 characters. The result means nothing. */
 QL_API int DPrintLogToFile(const char* fmt, ...) QL_PRINTF(1, 2);
 
-/** Writes one line with type text (0 information, 1 error) and area name (level 1 to 11). */
+/** Writes one line with a blank before the version, and type text (0 information, 1 error) and area
+ *  name (level 1 to 11) before the message. */
 QL_API int DPrintLogToFileAddType(int type, int level, const char* fmt, ...) QL_PRINTF(3, 4);
 
-/** Writes `len` bytes of `data` as upper-case hexadecimal under `title`, which may be null. */
+/** Writes one line with `title`, which may be null, the length and `len` bytes of `data` as
+ *  upper-case hexadecimal. */
 QL_API int DPrintDataHexToFile(const char* title, const void* data, int len);
 
 /** The same with type text and area name; type 0 writes nothing. */
@@ -39,14 +43,15 @@ QL_API void MapDebugInfoType(int type, char* dst);
  *  level writes nothing. */
 QL_API void MapDebugLevelType(int level, char* dst);
 
-/** Local time as 13 digits, MMDDhhmmss and milliseconds, in a static buffer. */
+/** Local time as 13 digits, MMDDhhmmss and milliseconds, in a static buffer that the next call
+ *  overwrites. */
 QL_API char* GetLogTime(void);
 
-/** Full path of the log file, in a static buffer. */
+/** Full path of the log file, in a static buffer that the next call overwrites. */
 QL_API const char* getLogFilePath(void);
 
 /** Sets the log file's name, relative to "/home/quillon/" and at most 512 bytes; empty or null goes
- *  back to "Alg_debug.log". Returns the kept name. */
+ *  back to "Alg_debug.log". A folder in the name has to exist. Returns the kept name. */
 QL_API void* SetLogPath(const char* name);
 
 /** Does nothing and returns 0: the log directory is fixed. */
@@ -58,16 +63,19 @@ QL_API int QL_DebugSetVersion(const char* version);
 /** Keeps at most 256 characters of a file name that nothing reads. */
 QL_API void DPritLogSetFileName(const char* name);
 
-/** Value of `key` in `section` of the INI file `path`, in a static buffer of 1,024 bytes, or
- *  `defaultValue` itself. */
+/** Value of `key` in `section` of the INI file `path`: what follows the first "=" in the first line
+ *  that has a "=", holds `key` anywhere, stands behind the line "[section]" and begins neither with
+ *  "#" nor with "//". Nothing is trimmed. Lines end in a line feed, one without is not looked at;
+ *  they are cut at 1,023 characters, and a file at 1 MiB. Returns a static buffer of 1,024 bytes
+ * that the next call overwrites, or `defaultValue` itself. */
 QL_API char* GetIniKeyString(const char* section, const char* key, const char* defaultValue,
                              const char* path);
 
-/** The same as a decimal number; no digits give 0. */
+/** The same as a decimal number; no digits, or a null `defaultValue`, give 0. */
 QL_API long GetIniKeyInt(const char* section, const char* key, const char* defaultValue,
                          const char* path);
 
-/** Non-zero while logging is on. */
+/** The configured "LogFlag": non-zero while logging is on. */
 QL_API int isWriteLog(void);
 
 /** Does nothing and returns 0. */
@@ -99,12 +107,13 @@ QL_API int DecryptBase64(const char* in, int inLen, unsigned char* out, int outS
 QL_API int GetIndexFromTable(unsigned char c);
 /** Position of `c` in the writable alphabet; 0 for "=", -1 for any other character. */
 QL_API int GetIndexFromBase64Table(unsigned char c);
-/** Sets the writable alphabet to the standard one and returns it (64 characters, no zero). */
+/** Sets the writable alphabet to the standard one and returns it (64 characters, no zero); what is
+ *  written there holds for the next calls. */
 QL_API char* IniBase64Table(void);
 
 /** Writes the base64 text of a regular file, with its zero, to `dst`, which must hold
- *  (size + 2) / 3 * 4 + 1 bytes. Returns 0, -2 when the file cannot be opened, -1 when it is empty.
- */
+ *  (size + 2) / 3 * 4 + 1 bytes, and to the log. Returns 0, -1 when the file is empty, -2 when it
+ *  cannot be opened or is larger than 1 GiB. */
 QL_API int GetBase64DataEx(const char* path, char* dst);
 
 /** Asks for the size of a file's base64 text: with `out` null or `*outLen` too small stores it in
@@ -119,17 +128,20 @@ QL_API int GetBase64FromFile(const char* path, char* out, int* outLen);
 /** Size of a file in bytes, or -1. */
 QL_API long get_file_size(const char* path);
 
-/** Reads a whole file. With `buf` null or `*len` below the size, stores the size in `*len` and
- *  returns -2; otherwise 0, or -1 when the file cannot be opened. */
+/** Reads a whole file, and never more than `*len` bytes. With `buf` null or `*len` below the size,
+ *  stores the size in `*len` (-1: no such file) and returns -2; otherwise 0, with `*len` as it was,
+ *  or -1 when the file cannot be opened. */
 QL_API int ReadFileData(const char* path, unsigned char* buf, int* len);
 
-/** Creates or replaces a file with `n` bytes. Returns 1, or 0 when not all were written. */
+/** Creates or replaces a file with `n` bytes. Returns 1, or 0 when not all were written; a negative
+ *  `n` leaves the file alone. */
 QL_API int WriteFileData(const char* path, const void* buf, int n);
 
 /** Never writes; returns -1. */
 QL_API int WriteDataToFile(void* ignored, const char* fileName, const unsigned char* data, int len);
 
-/** Copies a file; with `overwrite` 0 an existing target stays. Returns 1 when copied, else 0. */
+/** Copies a regular file to another; with `overwrite` 0 an existing target stays. Returns 1 when
+ *  copied, else 0. */
 QL_API int CopyFile(const char* src, const char* dst, int overwrite);
 
 /** 1 when `path` ends in "/" or opens as a directory, else 0. */
@@ -144,10 +156,13 @@ QL_API int PathIsDirectory(const char* path);
  *  cut. */
 QL_API char* Time_GetLocalTime(const char* sep);
 
-/** Sleeps `n` / 200 whole seconds and returns what sleep() returns. */
+/** Sleeps `n` / 200 whole seconds, not at all for `n` below 200, and returns what sleep() returns:
+ *  the seconds that a signal left. */
 QL_API unsigned int GeneralSleep(int n);
 
-/** Writes `count` pseudo-random bytes, which are predictable. Returns 0. */
+/** Writes `count` pseudo-random bytes, which are predictable; rand() goes on undisturbed. Returns
+ * 0.
+ */
 QL_API int GetRandom(int count, unsigned char* out);
 
 /** Writes the local time as six digits hhmmss, no zero. Returns 0. */
@@ -167,7 +182,7 @@ QL_API long GetTickCountEndTime(void);
 /** Milliseconds from the start to the end time taken last. */
 QL_API long GetTickCountTimeOut(void);
 
-/** 1 when the exclusive-or of `len` bytes is 0, else 0. */
+/** 1 when the exclusive-or of `len` bytes is 0, else 0. The first byte is always looked at. */
 QL_API int Check(const unsigned char* data, int len);
 /** @} */
 
