@@ -176,12 +176,12 @@ bool FindCard(int limit, int* result) {
     if (g_CancleSdtFlag.compare_exchange_strong(asked, 0)) return false;
   }
   *result = SelectIDCard();
-  return *result == RET_PUB_SUCCESS ||
-         sdt;  // On purpose: over SDT a failure does not stop the read.
+  // On purpose: over SDT a failure does not stop the read.
+  return *result == RET_PUB_SUCCESS || sdt;
 }
 
-// Search, select and read until a card was read. Returns true when `*result` is final, false when
-// the sequence ended early: no card found, or one-command mode switched on meanwhile.
+// Searches, selects and reads until a card was read or none was found. Returns whether the whole
+// read ends with `*result`; otherwise cancel and one-command mode have a say in it yet.
 bool ReadStepByStep(const ReadTime& time, int limit, int bFinger, unsigned char* pData, int* pLen,
                     int* result) {
   while (s_bReadOneInstr == 0) {
