@@ -343,5 +343,5 @@ void GetCountry(const char* code, char* dest) {
   char name[128 + kUtf8Overshoot];
   GBKToUTF8(s_COUNTRY[row].name.bytes, name, 128);
   LOG_CARD("nIndex = %d szCountry = %s ", static_cast<int>(row), name);
-  std::memcpy(dest, name, std::strlen(name));  // On purpose: without a terminating zero.
+  std::copy_n(name, std::strlen(name), dest);  // On purpose: without a terminating zero.
 }

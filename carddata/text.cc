@@ -192,9 +192,10 @@ void GBKToUTF8(const char* source, char* dest, int destSize) {
 int GbkToUcs2(uint16_t* dest, const char* source, int max) {
   if (source == nullptr) return -1;
   if (dest == nullptr) return CountGbk(source);
+  unsigned char* out = Bytes(dest);
   int units = 0;
-  for (GbkReader reader(source); !reader.AtEnd() && units < max; ++units) {
-    StoreUnit(reader.Next(), Bytes(dest) + 2 * units);
+  for (GbkReader reader(source); !reader.AtEnd() && units < max; ++units, out += 2) {
+    StoreUnit(reader.Next(), out);
   }
   return units;
 }
@@ -225,10 +226,10 @@ int Ucs2ToGbk(char* dest, const uint16_t* source, int destSize) {
 int Ucs2Len(const uint16_t* text) {
   if (text == nullptr) return 0;
   int units = 0;
-  while (UnitAt(Bytes(text) + 2 * units) != 0) ++units;
+  for (const unsigned char* at = Bytes(text); UnitAt(at) != 0; at += 2) ++units;
   return units;
 }
 
-// The two once converted; they stay for the applications that call them.
+// They convert nothing and stay for the applications that call them.
 int UnicodeToAnsi(int value) { return value; }
 int GbkToUnicode(int value) { return value; }
