@@ -4,8 +4,9 @@
  *  text encodings.
  *
  *  Native data is the card module's whole read reply: 1,295 bytes, or 1,297 or 2,321 for a read
- * with fingerprints. A read mode of 0 means without fingerprints, 1 with. The parsers look at
- * lengths inside the data, so pass a zero-filled buffer of #QL_NATIVE_DATA_SIZE bytes. */
+ *  with fingerprints. A read mode of 0 means without fingerprints, 1 with; any other is parsed from
+ *  the start of the buffer. The parsers look at lengths inside the data, so pass a zero-filled
+ *  buffer of #QL_NATIVE_DATA_SIZE bytes. */
 #ifndef QUILLONID_CARDDATA_H
 #define QUILLONID_CARDDATA_H
 
@@ -23,25 +24,31 @@ QL_BEGIN_DECLS
 /** @name Native data to records
  *  @{ */
 
-/** Card kind: 0 resident, 1 foreigner, 2 Hong Kong/Macau/Taiwan permit, negative unknown. */
+/** Card kind: 0 resident, 1 foreigner, 2 Hong Kong/Macau/Taiwan permit, -1 for an unknown mark or
+ *  mode. */
 QL_API int GetIdCardTypeFromNativeData(int nType, const unsigned char* native);
 
-/** Fill a zero-filled record. Return 0 or a negative result. */
+/** Fills a zero-filled record, whatever kind of card the data is from: fields, name of the ethnic
+ *  group or country, sex in words, and in mode 1 the fingerprint templates. Texts keep the blanks
+ *  that pad them on the card. Returns 0, or -2 for a null argument. */
 QL_API int GetPersonChinaInfo(int nType, const unsigned char* native, PERSONINFO_CHA_FP* record);
 /** @copydoc GetPersonChinaInfo */
 QL_API int GetPersonForeignInfo(int nType, const unsigned char* native, PERSONINFO_FOR_FP* record);
 /** @copydoc GetPersonChinaInfo */
 QL_API int GetPersonGATInfo(int nType, const unsigned char* native, PERSONINFO_GAT_FP* record);
-/** The same into the combined record; `bForeigner` 0 reads a resident card, else a foreigner's. */
+/** The same into the combined record; `bForeigner` 0 reads a resident card, else a foreigner's.
+ *  Returns -1, with nothing but the templates filled, for a name of zeros. */
 QL_API int GetPersonInfo(int bForeigner, int nType, const unsigned char* native,
                          PERSONINFO_FP* record);
 
-/** Converts one field of `nLen` bytes UCS-2 little-endian (at most 256) to UTF-8 in `dest` of
- *  `nDesLen` bytes. With `bRaw` zero a text that fills the field loses its trailing blanks. Returns
- *  `nLen`, or -1 when nothing was converted. */
+/** Converts one field of `nLen` bytes UCS-2, of which it looks at 256, to UTF-8 in `dest` of
+ *  `nDesLen` bytes, which it fills up with zeros. At most `nDesLen` - 1 bytes of text are stored,
+ *  and a text that takes them all loses its trailing blanks. With `bRaw` set, the text may take all
+ *  of `dest`, without a terminating zero. Returns `nLen`, or -1 when nothing was converted. */
 QL_API int GetPersonParam(const unsigned char* source, char* dest, int nDesLen, int nLen, int bRaw);
 
-/** Parse the text block at `offset` of the native data. Return 0 or a negative result. */
+/** Parses the 256-byte text block at `offset` of the native data, without names and sex. Returns 0,
+ *  or -2 for a null argument. */
 QL_API int IdChinaParam(const unsigned char* native, int offset, PERSONINFO_CHA_FP* record);
 /** @copydoc IdChinaParam */
 QL_API int IdForeignParam(const unsigned char* native, int offset, PERSONINFO_FOR_FP* record);
@@ -49,14 +56,16 @@ QL_API int IdForeignParam(const unsigned char* native, int offset, PERSONINFO_FO
 QL_API int IdGatParam(const unsigned char* native, int offset, PERSONINFO_GAT_FP* record);
 /** A resident text block into the combined record. */
 QL_API int IdParam_FP(const unsigned char* native, int offset, PERSONINFO_FP* record);
-/** As IdGatParam(); with `total` above 1,297 also converts two 512-byte pieces behind the text. */
+/** As IdGatParam(); with `total` above 1,297 also converts the two 512-byte pieces behind the text
+ *  into the template fields, as if they were text. */
 QL_API int IdGATParam_FP(int total, const unsigned char* native, int offset,
                          PERSONINFO_GAT_FP* record);
 
-/** Writes "男" or "女" (UTF-8, at most 8 bytes with the zero). Returns 0. */
+/** Writes "男" for a text of the number 1, "女" for any other, to `dest` of 8 bytes. Returns 0. */
 QL_API int tFuncGetSex(const char* sexCode, char* dest);
 
-/** Writes the two fingerprint templates as hexadecimal text, 1,025 bytes each. */
+/** Writes the two fingerprint templates of native data read in mode 1 as hexadecimal text, to
+ *  destinations of 1,025 bytes each; empty texts when there are none. */
 QL_API void tFuncGetFpTemplate(const unsigned char* native, char* first, char* second);
 /** The same into a permit record. */
 QL_API void GetGATFpTemplate(const unsigned char* native, PERSONINFO_GAT_FP* record);
@@ -65,18 +74,20 @@ QL_API void GetGATFpTemplate(const unsigned char* native, PERSONINFO_GAT_FP* rec
 /** @name Nation and country names
  *  @{ */
 
-/** Name of an ethnic group (GB/T 3304 code 1 to 56, 97, 98) in UTF-8, at most `limit` bytes with
- * the zero; empty for other codes. */
+/** Name of an ethnic group (GB/T 3304 code 1 to 56, 97, 98) in UTF-8: as many whole characters as
+ *  fit `limit` bytes with the zero; 28 bytes hold every name. Empty for other codes. */
 QL_API void GetNation(int code, char* dest, int limit);
 
-/** Name of a country by its three-letter code (ISO 3166-1 alpha-3, withdrawn codes included) in
- *  UTF-8, at most 48 bytes without a terminating zero; unknown codes write nothing. */
+/** Name of a country by the first three letters of its code (ISO 3166-1 alpha-3, withdrawn codes
+ *  included) in UTF-8, at most 48 bytes without a terminating zero: pass `dest` zero-filled. An
+ *  unknown code writes nothing. */
 QL_API void GetCountry(const char* code, char* dest);
 /** @} */
 
 /** @name Conversions between records
- *  Copies the text of same-named fields without clearing the destination, which the caller passes
- *  zero-filled. Null gives -2004.
+ *  Copies the text of same-named fields without its zero and without clearing the destination,
+ *  which the caller passes zero-filled; an empty field leaves the destination's as it was. Returns
+ *  0, or -2004 for a null argument.
  *  @{ */
 QL_API int tFuncConvertChinaFp(const PERSONINFO_CHA_FP* source,
                                PERSONINFO_CHA* dest); /**< drops the templates */
@@ -99,12 +110,15 @@ QL_API int tFuncConvertPerson(const PERSONINFO* source,
 QL_API int tFuncConvertPersonFp(const PERSONINFO_FP* source,
                                 PERSONINFO* dest); /**< drops the templates, copies `personType` */
 
-/** Resident or foreigner's record to the combined one, or back when neither has a name. Returns 0
- * or -1. */
+/** Copies a resident's or foreigner's record, the first that has a `name`, into the combined one
+ *  and marks its `cardType`. When neither has, copies back from a combined record that has a name
+ *  into the record of its mark. Either of the first two may be null. `personType` stays. Returns 0,
+ *  or -1 when there is nothing to copy from or to. */
 QL_API int ConverStruct(PERSONINFO_CHA_FP* china, PERSONINFO_FOR_FP* foreign,
                         PERSONINFO_FP* person);
 
-/** The first record given, to the collect record. Returns 0. */
+/** Copies the first record that is not null into the collect record; a resident's gets the mark ' '
+ *  in `cardType`. Returns 0. */
 QL_API int tFuncConvertStruct2Collect(const PERSONINFO_CHA_FP* china,
                                       const PERSONINFO_FOR_FP* foreign,
                                       const PERSONINFO_GAT_FP* gat, PERSONINFO_COLLECT_FP* collect);
@@ -155,19 +169,23 @@ QL_API int tFunc_SetAddNativeDataToJsonFlag(void);
  *  UCS-2 is little-endian; GBK is code page 936.
  *  @{ */
 
-/** UCS-2 to UTF-8. The output is limited to `destSize` - 1 bytes, tested after each character, so
- *  that two bytes more may be written: provide `destSize` + 2. Returns the code units converted. */
+/** UCS-2 of `sourceLen` bytes to UTF-8, zero units and surrogates like any other. The limit of
+ *  `destSize` - 1 bytes is tested after each character, so that two bytes more may be written:
+ *  provide `destSize` + 2. Returns the code units converted; 0, and a zero in the first byte, when
+ *  either size leaves nothing to do; 0, and nothing, for a null argument. */
 QL_API int UnicodeToUTF8(const unsigned char* source, int sourceLen, char* dest, int destSize);
 
 /** GBK text of at most 255 bytes to UTF-8; limits as UnicodeToUTF8(). */
 QL_API void GBKToUTF8(const char* source, char* dest, int destSize);
 
-/** GBK text to at most `max` UCS-2 units, without a terminator. With `dest` null counts. Returns
- * the units, or -1 for a null source. */
+/** GBK text of at most 255 bytes to at most `max` UCS-2 units, without a terminator; a byte that is
+ *  no GBK becomes '?'. With `dest` null counts the characters. Returns the units, or -1 for a null
+ *  source. */
 QL_API int GbkToUcs2(uint16_t* dest, const char* source, int max);
 
-/** Zero-terminated UCS-2 to GBK. With `dest` null counts. Returns the bytes, or -1 for a null
- *  source. */
+/** Zero-terminated UCS-2 to GBK in `dest` of `destSize` bytes; a character without a GBK form
+ *  becomes '?' and a zero byte. A terminating zero is written only when room runs out: pass `dest`
+ *  zero-filled. With `dest` null counts. Returns the bytes, or -1 for a null source. */
 QL_API int Ucs2ToGbk(char* dest, const uint16_t* source, int destSize);
 
 /** Units before the terminating zero. */

@@ -344,6 +344,17 @@ TEST(tFuncConvertStruct2Collect, DoesNothingForNull) {
   EXPECT_EQ(before, collect.bytes());
 }
 
+// The permit's mark is the one field that is narrower than the collect record's.
+TEST(tFuncConvertStruct2Collect, CopiesAFullFieldUpToTheNarrowerWidth) {
+  RawRecord gat(RecordKind::kGat, true, 'x');
+  RawRecord collect(RecordKind::kCollect, true);
+
+  EXPECT_EQ(0, Collect(nullptr, nullptr, &gat, &collect));
+
+  EXPECT_EQ(std::string(8, 'x'), collect.Text("cardType"));
+  EXPECT_EQ(std::string(9, 'x'), collect.Text("gatReserved3"));
+}
+
 TEST(tFuncConvertStruct2Collect, LogsEveryFieldOfTheSource) {
   NEEDS_PRIVATE_ROOT();
   struct {

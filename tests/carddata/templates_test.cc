@@ -116,18 +116,27 @@ TEST(tFuncGetFpTemplate, WritesAsManyDigitsAsTheBlockHasBytes) {
 // Against an unsigned length read as a negative one, against digits behind the field, and against
 // bytes from behind the native data.
 TEST(tFuncGetFpTemplate, StaysInsideForEveryValueOfEveryLength) {
+  struct Lengths {
+    std::size_t at;     // the length that takes every value
+    unsigned usual[3];  // text, photo and fingerprints
+  };
+  const Lengths kCases[] = {
+      {kTextLengthAt,   {0, 1024, 1024}},
+      {kTextLengthAt,   {0, 1024, 1023}}, // an odd number of digits
+      {kPhotoLengthAt,  {256, 0, 1024} },
+      {kFingerLengthAt, {256, 1024, 0} }
+  };
   const Bytes plain = Counting(4096);
   NativeBuffer buffer;
-  for (const std::size_t at : {kTextLengthAt, kPhotoLengthAt, kFingerLengthAt}) {
+  for (const auto& [at, usual] : kCases) {
+    Bytes native = plain;
+    for (std::size_t i = 0; i < 3; ++i) PutBigEndian16(&native, kTextLengthAt + 2 * i, usual[i]);
+    const std::size_t sum = usual[0] + usual[1];
     for (unsigned value = 0; value <= 0xFFFF; ++value) {
-      unsigned lengths[] = {256, 1024, 1024};
-      lengths[(at - kTextLengthAt) / 2] = value;
-      Bytes native = plain;
-      for (std::size_t i = 0; i < 3; ++i)
-        PutBigEndian16(&native, kTextLengthAt + 2 * i, lengths[i]);
+      PutBigEndian16(&native, at, value);
       buffer.Fill(native);
-      const std::size_t first = 16 + lengths[0] + lengths[1];
-      const std::size_t digits = lengths[2];
+      const std::size_t first = 16 + sum + (at == kFingerLengthAt ? 0 : value);
+      const std::size_t digits = at == kFingerLengthAt ? value : usual[2];
 
       const Templates templates = Get(buffer.bytes());
 
