@@ -12,7 +12,7 @@
 namespace {
 
 constexpr std::size_t kLargestBody = 512;  // merged bytes
-constexpr std::size_t kPrograms = 8;       // tests that share the work
+constexpr std::size_t kPrograms = 32;      // tests that share the work
 
 std::uint32_t s_status;
 

@@ -1,6 +1,7 @@
 #include "tests/link/log_text.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
@@ -48,6 +49,13 @@ Lines Logged(const std::string& level) {
     if (line.starts_with(level + ": ")) found.push_back(line.substr(level.size() + 2));
   }
   return found;
+}
+
+Lines WithoutEmptyLines(const Lines& lines) {
+  Lines kept;
+  std::copy_if(lines.begin(), lines.end(), std::back_inserter(kept),
+               [](const std::string& line) { return !line.empty(); });
+  return kept;
 }
 
 std::size_t CountLogged(const std::string& start) {

@@ -14,6 +14,9 @@ Lines Logged();
 // The lines of one area alone, without its level: Logged("2") gives "nDataLen = 4".
 Lines Logged(const std::string& level);
 
+// A message that itself ends in "\r\n" leaves an empty line behind it, and loses its own end here.
+Lines WithoutEmptyLines(const Lines& lines);
+
 // How many lines of the log begin like that.
 std::size_t CountLogged(const std::string& start);
 
