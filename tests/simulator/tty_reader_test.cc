@@ -3,8 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <sys/ioctl.h>
-#include <termio.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -61,13 +60,15 @@ class Host {
   std::string Rest() { return HexText(Take(4096, 100)); }
 
   // As serial programs set a line up: drains the output, throws waiting input away.
-  void SetLine(unsigned short speed) {
-    struct termio settings = {};
-    ASSERT_EQ(0, ioctl(tty_, TCGETA, &settings));
-    settings.c_cflag = static_cast<unsigned short>(speed | CS8 | CREAD | CLOCAL);
+  void SetLine(speed_t speed) {
+    termios settings = {};
+    ASSERT_EQ(0, tcgetattr(tty_, &settings));
+    settings.c_cflag = CS8 | CREAD | CLOCAL;
+    cfsetispeed(&settings, speed);
+    cfsetospeed(&settings, speed);
     settings.c_cc[VMIN] = 0;
     settings.c_cc[VTIME] = 1;
-    ASSERT_EQ(0, ioctl(tty_, TCSETAF, &settings));
+    ASSERT_EQ(0, tcsetattr(tty_, TCSAFLUSH, &settings));
   }
 
  private:
