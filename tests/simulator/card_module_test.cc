@@ -312,6 +312,14 @@ TEST(CardModule, HangsUpAfterSoManyBytesOfReplies) {
   EXPECT_EQ("AA AA AA 96 69", HexText(last.front().bytes));
   EXPECT_TRUE(last.front().hang_up);
   EXPECT_TRUE(Ask(module, kSearch).empty());
+
+  // After a reset the line is back, and dies with the last byte of an answer that just fits.
+  module.Reset();
+  Misbehave(module, "hang-up=15");
+  const auto whole = Ask(module, kSearch);
+  ASSERT_EQ(1U, whole.size());
+  EXPECT_EQ(kFound, HexText(whole.front().bytes));
+  EXPECT_TRUE(whole.front().hang_up);
 }
 
 TEST(CardModule, CombinesFaults) {
