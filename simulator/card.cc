@@ -8,6 +8,51 @@
 namespace simulator {
 namespace {
 
+constexpr TextField kResidentFields[] = {
+    {"name",       0,   30},
+    {"sexCode",    30,  2 },
+    {"nationCode", 32,  4 },
+    {"birthday",   36,  16},
+    {"address",    52,  70},
+    {"cardId",     122, 36},
+    {"police",     158, 30},
+    {"validStart", 188, 16},
+    {"validEnd",   204, 16},
+    {"reserved",   220, 36},
+};
+
+constexpr TextField kForeignerFields[] = {
+    {"EngName",    0,   120},
+    {"sexCode",    120, 2  },
+    {"cardId",     122, 30 },
+    {"nationCode", 152, 6  },
+    {"name",       158, 30 },
+    {"validStart", 188, 16 },
+    {"validEnd",   204, 16 },
+    {"birthday",   220, 16 },
+    {"version",    236, 4  },
+    {"govCode",    240, 8  },
+    {"cardType",   248, 2  },
+    {"otherData",  250, 6  },
+};
+
+constexpr TextField kPermitFields[] = {
+    {"name",         0,   30},
+    {"sexCode",      30,  2 },
+    {"gatReserved1", 32,  4 },
+    {"birthday",     36,  16},
+    {"address",      52,  70},
+    {"cardId",       122, 36},
+    {"police",       158, 30},
+    {"validStart",   188, 16},
+    {"validEnd",     204, 16},
+    {"passNumber",   220, 18},
+    {"signTimes",    238, 4 },
+    {"gatReserved2", 242, 6 },
+    {"cardType",     248, 2 },
+    {"gatReserved3", 250, 6 },
+};
+
 constexpr std::size_t kMarkOffset = 248;  // of the card-kind mark in the text
 
 // One character from the front of `text`.
@@ -53,6 +98,18 @@ Bytes Pattern(std::string_view seed, std::size_t size) {
 }
 
 }  // namespace
+
+std::span<const TextField> TextFields(Kind kind) {
+  switch (kind) {
+    case Kind::kResident:
+      return kResidentFields;
+    case Kind::kForeigner:
+      return kForeignerFields;
+    case Kind::kPermit:
+      return kPermitFields;
+  }
+  return {};
+}
 
 Card MakeCard(std::string_view id, bool fingerprints) {
   const Specimen* person = FindSpecimen(id);
