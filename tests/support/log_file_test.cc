@@ -1,0 +1,231 @@
+// The log's switch and file: looked at on every call, and unable to hurt the process.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/still_log.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kFolder = "/home/quillon/";
+
+void Configure(const std::string& text) { WriteWholeFile(kConfigurationFile, text); }
+
+std::size_t OpenDescriptors() {
+  std::size_t count = 0;
+  for ([[maybe_unused]] const auto& entry : fs::directory_iterator("/proc/self/fd")) ++count;
+  return count;
+}
+
+}  // namespace
+
+TEST(IsWriteLog, FollowsTheConfiguration) {
+  NEEDS_PRIVATE_ROOT();
+  struct {
+    const char* text;
+    int expected;
+  } const cases[] = {
+      {"[QuillonLog]\nLogFlag=1\n",                          1 },
+      {"[QuillonLog]\nLogFlag=2\n",                          2 },
+      {"[QuillonLog]\nLogFlag=-1\n",                         -1},
+      {"[QuillonLog]\nLogFlag = 1\n",                        1 },
+      {"[QuillonLog]\r\nLogFlag=1\r\n",                      1 },
+      {"[QuillonLog]\nLogFlag=4294967296\n",                 1 },
+      {"[QuillonLog]\nLogFlag=0\n",                          0 },
+      {"[QuillonLog]\nLogFlag=on\n",                         0 },
+      {"[QuillonLog]\nLogFlag=\n",                           0 },
+      {"[QuillonLog]\nLogFlag=\n1\n",                        0 },
+      {"[QuillonLog]\nLogFlag=1",                            0 },
+      {"LogFlag=1\n[QuillonLog]\n",                          0 },
+      {"[Other]\nLogFlag=1\n[QuillonLog]\n",                 0 },
+      {"[QuillonLog]\n[Other]\nLogFlag=1\n",                 1 },
+      {"[QuillonLog]\n#LogFlag=1\n",                         0 },
+      {"[QuillonLog]\n//LogFlag=1\n",                        0 },
+      {"[QuillonLog]\n#LogFlag=0\n//LogFlag=0\nLogFlag=1\n", 1 },
+      {"[QuillonLog]\nMyLogFlags=1\n",                       1 },
+      {"[quillonlog]\nLogFlag=1\n",                          0 },
+      {"",                                                   0 },
+  };
+  for (const auto& each : cases) {
+    StartLog();
+    Configure(each.text);
+
+    EXPECT_EQ(each.expected, isWriteLog()) << each.text;
+    LogEverything();
+    EXPECT_EQ(each.expected != 0, FileExists(kLogFile)) << each.text;
+  }
+}
+
+TEST(IsWriteLog, LooksOnEveryCall) {
+  NEEDS_PRIVATE_ROOT();
+  HoldStamp();
+  for (int round = 0; round < 3; ++round) {
+    SwitchLogging(false);
+    EXPECT_EQ(0, isWriteLog());
+    EXPECT_EQ(0, isWriteLog());
+    Configure("[QuillonLog]\nLogFlag=1\n");
+    EXPECT_EQ(1, isWriteLog());
+    EXPECT_EQ(1, isWriteLog());
+    Configure("[QuillonLog]\nLogFlag=0\n");
+    EXPECT_EQ(0, isWriteLog());
+    Configure("[QuillonLog]\nLogFlag=3\n");
+    EXPECT_EQ(3, isWriteLog());
+  }
+}
+
+TEST(IsWriteLog, IsOffWithoutTheFolderAndNeverMakesIt) {
+  NEEDS_PRIVATE_ROOT();
+  StartLog();
+  fs::remove_all("/home/quillon");
+
+  EXPECT_EQ(0, isWriteLog());
+  LogEverything();
+  EXPECT_EQ(0, isWriteLog());
+
+  EXPECT_FALSE(FileExists("/home/quillon"));
+}
+
+TEST(IsWriteLog, IsOffForWhatIsNoFile) {
+  NEEDS_PRIVATE_ROOT();
+  StartLog();
+  fs::remove(kConfigurationFile);
+  ASSERT_EQ(0, mkfifo(kConfigurationFile, 0600));
+  EXPECT_EQ(0, isWriteLog());
+
+  for (const char* target :
+       {"/dev/zero", "/dev/null", "/tmp", kConfigurationFile, "/nonexistent"}) {
+    fs::remove(kConfigurationFile);
+    fs::create_symlink(target, kConfigurationFile);
+
+    EXPECT_EQ(0, isWriteLog()) << target;
+    EXPECT_EQ(0, isWriteLog()) << target;
+  }
+}
+
+TEST(Logging, SkipsAPipeOfTheLogFilesName) {
+  NEEDS_PRIVATE_ROOT();
+  StartLog();
+  ASSERT_EQ(0, mkfifo(kLogFile, 0600));
+  LogEverything();  // Nobody reads it: must not block.
+
+  const int reader = open(kLogFile, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  ASSERT_GE(reader, 0);
+  LogEverything();
+
+  char byte = 0;
+  EXPECT_EQ(0, read(reader, &byte, 1));
+  close(reader);
+}
+
+TEST(Logging, IsSilentWhereItCannotWrite) {
+  NEEDS_PRIVATE_ROOT();
+  StartLog();
+
+  SetLogPath("absent/own.log");
+  LogEverything();
+  EXPECT_FALSE(FileExists(kFolder + "absent"));
+
+  fs::create_directory(kFolder + "folder.log");
+  SetLogPath("folder.log");
+  LogEverything();
+
+  SetLogPath("../../dev/full");
+  LogEverything();
+  EXPECT_FALSE(FileExists(kLogFile));
+}
+
+TEST(Logging, StaysWithinTheFileSizeLimit) {
+  NEEDS_PRIVATE_ROOT();
+  StartLog();
+  DPrintLogToFile("one");
+  const std::string before = Log();
+  const rlimit limit = {before.size() + 5, RLIM_INFINITY};
+  ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+
+  LogEverything();  // A signal would end the test here.
+
+  EXPECT_EQ(before, Log());
+  const rlimit more = {before.size() * 2, RLIM_INFINITY};
+  ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &more));
+  DPrintLogToFile("two");
+  EXPECT_EQ(before + Line(" ", "two"), Log());
+}
+
+TEST(Logging, LeavesErrnoAlone) {
+  NEEDS_PRIVATE_ROOT();
+  StartLog();
+  for (const char* name : {"", "absent/own.log"}) {
+    SetLogPath(name);
+    errno = E2BIG;
+    LogEverything();
+    EXPECT_EQ(E2BIG, errno);
+  }
+
+  SwitchLogging(false);
+  errno = E2BIG;
+  LogEverything();
+  EXPECT_EQ(E2BIG, errno);
+  EXPECT_EQ(0, isWriteLog());
+  EXPECT_EQ(E2BIG, errno);
+}
+
+TEST(Logging, LeavesNoDescriptorOpen) {
+  NEEDS_PRIVATE_ROOT();
+  StartLog();
+  const std::size_t before = OpenDescriptors();
+
+  for (const char* target : {"/tmp", "/dev/zero", "/nonexistent"}) {
+    LogEverything();
+    SetLogPath("absent/own.log");
+    LogEverything();
+    fs::remove(kConfigurationFile);
+    fs::create_symlink(target, kConfigurationFile);
+    LogEverything();
+    fs::remove(kConfigurationFile);
+    StartLog();
+  }
+
+  EXPECT_EQ(before, OpenDescriptors());
+}
+
+TEST(Logging, KeepsLinesOfSeveralThreadsWhole) {
+  NEEDS_PRIVATE_ROOT();
+  StartLog();
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 50;
+  const std::string text(3000, 'x');
+  const std::string versions[] = {std::string(100, 'a'), std::string(90, 'b')};
+  QL_DebugSetVersion(versions[0].c_str());
+
+  std::vector<std::thread> threads;
+  threads.reserve(kThreads);
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&, i] {
+      for (int round = 0; round < kRounds; ++round) {
+        DPrintLogToFileAddType(0, 6, "%s", text.c_str());
+        QL_DebugSetVersion(versions[(i + round) % 2].c_str());
+        SetLogPath("");
+        DPritLogSetFileName("name");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+
+  const std::string rest = std::string(" ") + kStamp + "  INFO:    BusiId:  " + text;
+  int lines = 0;
+  for (const std::string& line : LogLines()) {
+    EXPECT_TRUE(line == " " + versions[0] + rest || line == " " + versions[1] + rest) << line;
+    ++lines;
+  }
+  EXPECT_EQ(kThreads * kRounds, lines);
+}
