@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "quillonid/support.h"
+#include "tests/support/guarded_block.h"
 #include "tests/testing/hex_text.h"
 
 namespace {
@@ -272,9 +273,10 @@ TEST(Base64DecData, EqualsThePlainLoopForEveryCharacterAtEveryPlace) {
 TEST(Base64DecData, EqualsThePlainLoopAtEveryLengthAlignmentAndSize) {
   for (std::size_t length = 0; length <= 72; ++length) {
     for (int out_size = 0; out_size <= 60; ++out_size) {
-      const std::string text = PlainEncode(RandomBytes(54), kAlphabet).substr(0, length);
+      const std::string longer = PlainEncode(RandomBytes(90), kAlphabet);
+      const std::string text = longer.substr(0, length);
       const std::size_t offset = static_cast<std::size_t>(out_size) % 16;
-      const std::string moved = std::string(offset, ' ') + text;
+      const std::string moved = std::string(offset, ' ') + longer;
       Decoded decoded = {0, Bytes(offset + 64, kUntouched)};
 
       decoded.result = Base64_DecData(moved.data() + offset, static_cast<int>(length),
@@ -284,6 +286,20 @@ TEST(Base64DecData, EqualsThePlainLoopAtEveryLengthAlignmentAndSize) {
                            decoded.buffer.begin() + static_cast<std::ptrdiff_t>(offset));
       ASSERT_EQ(PlainDecode(text, out_size, 64), decoded) << length << " " << out_size;
     }
+  }
+}
+
+TEST(Base64, ReadsNothingBehindItsInput) {
+  const GuardedBlock block;
+  char text[136];
+  unsigned char bytes[100];
+  for (int length = 1; length <= 100; ++length) {
+    const auto count = static_cast<std::size_t>(length);
+    std::memset(block.Last(count), 'A', count);
+
+    EXPECT_EQ((length + 2) / 3 * 4, Base64_EncData(block.Last(count), length, text, 136));
+    EXPECT_EQ(length / 4 * 3,
+              Base64_DecData(reinterpret_cast<const char*>(block.Last(count)), length, bytes, 100));
   }
 }
 

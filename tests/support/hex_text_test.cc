@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/guarded_block.h"
+
 TEST(WriteHexUpper, EqualsThePlainLoopAtEveryLengthAndAlignment) {
   for (std::size_t length = 0; length <= 100; ++length) {
     for (std::size_t offset = 0; offset < 16; ++offset) {
@@ -42,4 +44,14 @@ TEST(WriteHexUpper, WritesEveryByte) {
   WriteHexUpper(bytes.data(), bytes.size(), text.data());
 
   EXPECT_EQ(expected, text);
+}
+
+TEST(WriteHexUpper, StaysWithinItsInputAndOutput) {
+  const GuardedBlock in, out;
+  for (std::size_t length = 0; length <= 100; ++length) {
+    WriteHexUpper(in.Last(length), length, reinterpret_cast<char*>(out.Last(2 * length)));
+
+    EXPECT_EQ(std::string(2 * length, '0'),
+              std::string(reinterpret_cast<char*>(out.Last(2 * length)), 2 * length));
+  }
 }
