@@ -1,5 +1,9 @@
 // The simulated reader on a pseudo-terminal: a device path that any program can open as a serial
 // port. A thread of its own serves it from construction to destruction.
+//
+// One thing differs from a serial line: bytes that the host wrote and flushes at once are lost when
+// this end has not taken them yet, where a serial line would have sent them. On a busy machine that
+// may cost a speed command, which the host sends just before it opens the line anew.
 #ifndef QUILLONID_SIMULATOR_TTY_READER_H
 #define QUILLONID_SIMULATOR_TTY_READER_H
 
