@@ -49,25 +49,23 @@ const Family& Sequences(std::uint32_t family) {
 }
 
 // Rate, baud code of families 1 and 4, data code of family 3. The first row also serves a rate that
-// is not listed.
+// is not listed. On purpose: the last data code is a rate.
 struct AuxRate {
   std::uint32_t baud;
   int baud_code;
   int data_code;
 };
-constexpr AuxRate kRates[] =
-    {
-        {9600,   0,  8   },
-        {4800,   1,  7   },
-        {2400,   2,  6   },
-        {1200,   3,  5   },
-        {600,    5,  4   },
-        {300,    6,  3   },
-        {19200,  10, 9   },
-        {38400,  11, 8   },
-        {115200, 12, 8   },
-        {230400, 8,  9600}, // On purpose: family 3 sends a rate where the others
-  // send a code.
+constexpr AuxRate kRates[] = {
+    {9600,   0,  8   },
+    {4800,   1,  7   },
+    {2400,   2,  6   },
+    {1200,   3,  5   },
+    {600,    5,  4   },
+    {300,    6,  3   },
+    {19200,  10, 9   },
+    {38400,  11, 8   },
+    {115200, 12, 8   },
+    {230400, 8,  9600},
 };
 
 const AuxRate& Rate(std::uint32_t baud) {

@@ -79,12 +79,15 @@ termios RawSettings(const termios& old, int baud) {
   return raw;
 }
 
-// Reads the settings into g_stOldTermAttr and applies the raw ones, draining output and discarding
-// input first.
+// Applies the raw settings, draining output and discarding input first, and keeps those it found.
 bool ApplySettings(int fd, int baud) {
-  if (tcgetattr(fd, &g_stOldTermAttr) != 0) return false;
-  const termios raw = RawSettings(g_stOldTermAttr, baud);
-  return tcsetattr(fd, TCSAFLUSH, &raw) == 0;
+  termios found = {};
+  if (tcgetattr(fd, &found) != 0) return false;
+  const termios raw = RawSettings(found, baud);
+  if (tcsetattr(fd, TCSAFLUSH, &raw) != 0) return false;
+  g_stOldTermAttr = found;
+  s_nSettingsFd = fd;
+  return true;
 }
 
 void RestoreSettings(int fd) {
@@ -207,7 +210,6 @@ QL_API int COMM_Com_OpenLinux(const char* path, int baud) {
     g_AuxFd = kNoPort;
     return -1;
   }
-  s_nSettingsFd = fd;
   return RET_PUB_SUCCESS;
 }
 
