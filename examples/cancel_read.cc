@@ -1,4 +1,5 @@
-// Reads a card as JSON until one comes or a key is pressed: the one call that another thread may make.
+// Reads a card as JSON until one comes or a key is pressed: the one call that another thread may
+// make.
 //
 //   g++ -std=c++17 -o cancel_read cancel_read.cc $(pkg-config --cflags --libs quillonid) -pthread
 //   ./cancel_read /dev/ttyUSB0

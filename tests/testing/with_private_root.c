@@ -1,8 +1,9 @@
-// with-private-root PROGRAM [ARGUMENT...]: runs a program in a root of its own, in which /home/quillon is an empty
-// folder and /libwlt.so does not exist, whatever the machine has there. Everything else is the machine's, bind-mounted.
-// The new root is a tmpfs inside a user and mount namespace, so that any user can make it and nothing of it outlives the
-// program. Sets QL_PRIVATE_ROOT=1 for the program. Where the machine forbids namespaces it says so and runs the program
-// without; tests that need the private root look at the variable and skip.
+// with-private-root PROGRAM [ARGUMENT...]: runs a program in a root of its own, in which
+// /home/quillon is an empty folder and /libwlt.so does not exist, whatever the machine has there.
+// Everything else is the machine's, bind-mounted. The new root is a tmpfs inside a user and mount
+// namespace, so that any user can make it and nothing of it outlives the program. Sets
+// QL_PRIVATE_ROOT=1 for the program. Where the machine forbids namespaces it says so and runs the
+// program without; tests that need the private root look at the variable and skip.
 #define _GNU_SOURCE
 #include <dirent.h>
 #include <errno.h>
@@ -40,7 +41,8 @@ static int bind_entry(const char* folder, const char* name, const char* target_f
   if (lstat(source, &status) != 0) return 1;
   if (S_ISLNK(status.st_mode)) {
     char link[PATH_MAX] = {0};
-    if (readlink(source, link, sizeof link - 1) < 0 || symlink(link, target) != 0) return fail(target);
+    if (readlink(source, link, sizeof link - 1) < 0 || symlink(link, target) != 0)
+      return fail(target);
     return 1;
   }
   if (S_ISDIR(status.st_mode)) {
