@@ -16,6 +16,7 @@ struct AddedUsbId {
   std::uint64_t vendor;
 };
 constexpr std::uint32_t kAddedIdRoom = 10;
+constexpr auto kKnownIds = static_cast<std::uint32_t>(std::size(kKnownReaders));
 
 QL_TRANSPORT_DESCRIPTION g_IdParam;  // What was opened last. Set by tFuncOpenDevice; kept.
 std::uint32_t g_ConnnectType;        // 0 USB, 2 PCSC, 3 SDT. Set by their keywords; kept.
@@ -35,14 +36,13 @@ constexpr int kPause = 100;       // On purpose: GeneralSleep divides by 200, so
 bool IsSerialLine() { return g_IdParam.nKind == QL_KIND_SERIAL || g_IdParam.nKind == QL_KIND_AUX; }
 
 void TakeUsbId(std::uint32_t attempt) {
-  constexpr auto kKnown = static_cast<std::uint32_t>(std::size(kKnownReaders));
-  if (attempt < kKnown) {
+  if (attempt < kKnownIds) {
     g_IdParam.nPid = kKnownReaders[attempt].product;
     g_IdParam.nVid = kKnownReaders[attempt].vendor;
     LOG_DEVICE("USE default Hid");
   } else {
-    g_IdParam.nPid = static_cast<std::uint32_t>(g_IdHid[attempt - kKnown].product);
-    g_IdParam.nVid = static_cast<std::uint32_t>(g_IdHid[attempt - kKnown].vendor);
+    g_IdParam.nPid = static_cast<std::uint32_t>(g_IdHid[attempt - kKnownIds].product);
+    g_IdParam.nVid = static_cast<std::uint32_t>(g_IdHid[attempt - kKnownIds].vendor);
     LOG_DEVICE("USE Set HId ");
   }
 }
@@ -67,7 +67,8 @@ int OpenOnce() {
   return RET_PUB_DEVICE_ERROR;
 }
 
-// Tells the reader its new rate and follows it there.
+// Tells the reader its new rate and follows it there. The close drains the line, so that the
+// command leaves before it.
 int RaiseBaud(int baud) {
   COMM_Id_SetBaud(baud);
   GeneralSleep(kPause);
@@ -88,8 +89,7 @@ QL_API int tFuncOpenDevice(const char* device, const char* ext_no, int baud, int
                            int timeout_s) {
   LOG_DEVICE("===>  [%s] Start ", __func__);
   if (!device || *device == '\0') return RET_PUB_DEVICE_ERROR;
-  const auto known = static_cast<std::uint32_t>(std::size(kKnownReaders));
-  const std::uint32_t attempts = known + (g_bIdSetHidFlag == 1 ? g_nIdHidNum : 0);
+  const std::uint32_t attempts = kKnownIds + (g_bIdSetHidFlag == 1 ? g_nIdHidNum : 0);
   LOG_DEVICE("***********************pszDevice = %s", device);
   g_IdParam.nTimeOut = timeout_s;
 

@@ -21,14 +21,22 @@ constexpr std::size_t kStatusAt = 2;
 constexpr std::size_t kPayloadAt = 4;
 constexpr std::uint32_t kStatusSize = 2;
 
+// The first `byte` before `end`, or null.
+const std::uint8_t* Find(const std::uint8_t* begin, const std::uint8_t* end, std::uint8_t byte) {
+  if (begin == end) return nullptr;
+  const void* found = std::memchr(begin, byte, static_cast<std::size_t>(end - begin));
+  return static_cast<const std::uint8_t*>(found);
+}
+
 // The bytes strictly between the first head byte and the first end byte behind it; empty when there
 // are none.
 std::span<const std::uint8_t> PacketBody(std::uint8_t head, std::uint8_t end,
                                          std::span<const std::uint8_t> packet) {
-  const auto first = std::find(packet.begin(), packet.end(), head);
-  if (first == packet.end()) return {};
-  const auto last = std::find(first + 1, packet.end(), end);
-  if (last == packet.end()) return {};
+  const std::uint8_t* const limit = packet.data() + packet.size();
+  const std::uint8_t* const first = Find(packet.data(), limit, head);
+  if (!first) return {};
+  const std::uint8_t* const last = Find(first + 1, limit, end);
+  if (!last) return {};
   return {first + 1, last};
 }
 

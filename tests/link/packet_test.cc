@@ -261,6 +261,38 @@ TEST(StrZelParsePacket, ReportsAtMost1020Bytes) {
   EXPECT_EQ(0u, parsed.status);
 }
 
+// With too few bytes for a status, those missing are zeros; over nothing the check byte is 0.
+TEST(StrZelParsePacket, TakesVeryShortBodies) {
+  const Parsed two = Parse(
+      "\x02"
+      "0500\x03");
+  const Parsed three = Parse(
+      "\x02"
+      "000200\x03");
+  const Parsed four = Parse(
+      "\x02"
+      "00029090\x03");
+
+  EXPECT_EQ(0, two.result);
+  EXPECT_EQ(1020u, two.length);
+  EXPECT_EQ(0u, two.status);
+  EXPECT_EQ(0, three.result);
+  EXPECT_EQ(0u, three.length);
+  EXPECT_EQ(0u, three.status);
+  EXPECT_EQ(0, four.result);
+  EXPECT_EQ(0u, four.length);
+  EXPECT_EQ(0x9090u, four.status);
+  ExpectMalformed(
+      "\x02"
+      "0501\x03");
+  ExpectMalformed(
+      "\x02"
+      "000201\x03");
+  ExpectMalformed(
+      "\x02"
+      "00029091\x03");
+}
+
 TEST(StrZelParsePacket, RefusesALengthThatHasNoRoomForTheStatus) {
   ExpectMalformed(
       "\x02"

@@ -321,6 +321,17 @@ TEST_F(UsbReader, PutsNothingBackForAnotherEndCondition) {
   EXPECT_EQ(8, Exchange(4096, 1));
 }
 
+TEST_F(UsbReader, ForgetsTheAnswerBefore) {
+  Script({Answer(20, {0x00})});
+  EXPECT_EQ(27, Exchange());
+  COMM_Zel_SetEndCondition([](const unsigned char*, int count) { return count >= 9 ? 0 : -1; });
+  Script({
+      Bytes{0xAA, 0xAA, 0xAA, 0x96, 0x69, 0x00, 0x20, 0x01, 0x00}
+  });
+
+  EXPECT_EQ(8, Exchange(4096, 1));
+}
+
 TEST_F(UsbReader, PutsNothingBackWhenTheBufferRanFull) {
   // 5,000 bytes are announced, and the 4,096 that are read end in zeros.
   const Bytes head = Answer(5000, Bytes(4990));
@@ -392,6 +403,7 @@ TEST_F(UsbReader, ReadsFramesPaddedWithZeros) {
 TEST_F(UsbReader, CannotBeCancelled) { EXPECT_EQ(RET_PUB_CANCEL, Dev_Zel_IdCardCancel()); }
 
 TEST_F(UsbReader, IsProbedAndOpenedAgain) {
+  NEEDS_PRIVATE_ROOT();
   QL_TRANSPORT_DESCRIPTION description = {};
   description.nKind = QL_KIND_USB;
   description.nVid = 0x2B46;
@@ -402,7 +414,9 @@ TEST_F(UsbReader, IsProbedAndOpenedAgain) {
   EXPECT_EQ("transfer 01 0 1000", fake_libusb::Now().calls.at(0));
 
   fake_libusb::Now().devices.clear();
+  SwitchLogging(true);
   EXPECT_EQ(-1, COMM_Id_CardReaderSynBps(&description));
+  EXPECT_EQ(2u, CountLogged("3: [ICC_CloseLinuxTransPort] Start "));
 }
 
 TEST_F(UsbReader, FailsItsProbe) {
