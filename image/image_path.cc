@@ -96,9 +96,10 @@ int tFuncSaveHeadImg(const char* szHeadName, char* szHeadImg) {
   char name[QL_IMAGE_PATH_SIZE];
   const ImagePath made =
       MakeImagePath(szHeadImg, "-head.bmp", szHeadName != nullptr ? szHeadName : "");
-  name[Join(made, name, sizeof name - 1)] = '\0';
+  const std::size_t length = Join(made, name, sizeof name - 1);
+  name[length] = '\0';
   if (SaveBmpToImg(szHeadImg, name) == 0) return RET_BUSI_ID_SAVE_IMAGE_ERR;
   // A name that stays may lie in memory that cannot be written.
-  if (std::strcmp(szHeadImg, name) != 0) std::strcpy(szHeadImg, name);
+  if (std::strcmp(szHeadImg, name) != 0) std::memcpy(szHeadImg, name, length + 1);
   return RET_PUB_SUCCESS;
 }

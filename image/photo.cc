@@ -19,7 +19,7 @@ constexpr int kHeight = 126;
 constexpr std::size_t kPixelsSize = std::size_t{kWidth} * kHeight * 3;
 
 // The decoder gets no size. Behind the pixels lies a guard that shows whether it wrote too much.
-constexpr std::size_t kGuardSize = 64 * 1024;
+constexpr std::size_t kGuardSize = 0x10000;
 constexpr unsigned char kGuardByte = 0xA5;
 
 constexpr int kDecoderMode = 608;  // the decoder's third argument; it takes no other

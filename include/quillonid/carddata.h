@@ -125,41 +125,53 @@ QL_API int tFuncConvertStruct2Collect(const PERSONINFO_CHA_FP* china,
 /** @} */
 
 /** @name JSON (RFC 8259, UTF-8)
- *  Output buffers hold #QL_JSON_SIZE bytes and are passed zero-filled: only
- *  tFuncPackCollectJson() writes a terminating zero.
+ *  A text is an object of strings, one key a line. Packers write it to a zero-filled buffer of
+ *  #QL_JSON_SIZE bytes; only the collect packer writes zeros behind it. That is room for every
+ *  record that a card can give, with fingerprints and photo. A record whose text is longer, because
+ *  the caller filled it with characters that JSON escapes, is refused with -1 and nothing written.
+ *
+ *  Readers look keys up in any letter case and cut a value at its field's width.
  *  @{ */
-QL_API int tFuncPackChinaJson(PERSONINFO_CHA_FP record, char* out);   /**< returns 0 */
-QL_API int tFuncPackForeignJson(PERSONINFO_FOR_FP record, char* out); /**< returns 0 */
-QL_API int tFuncPackGATJson(PERSONINFO_GAT_FP record, char* out);     /**< returns 0 */
-/** Packs any kind. Returns 0, or -1 when the photo was asked for and there is none. */
+
+/** Packs a resident card; "CardType" is one blank. Returns 0 or -1. */
+QL_API int tFuncPackChinaJson(PERSONINFO_CHA_FP record, char* out);
+/** Packs a foreigner's card. Returns 0 or -1. */
+QL_API int tFuncPackForeignJson(PERSONINFO_FOR_FP record, char* out);
+/** Packs a permit. Returns 0 or -1. */
+QL_API int tFuncPackGATJson(PERSONINFO_GAT_FP record, char* out);
+/** Packs any kind. Returns 0, or -1 also when the photo was asked for and there is none. */
 QL_API int tFuncPackCollectJson(const PERSONINFO_COLLECT_FP* record, char* out);
 
 /** Copies the text of `key` with its zero to `dest`, however long it is. Returns 0, -2 when the
- * text is no JSON or has no such key, -2004 when the value is no string. */
+ *  text is no JSON or has no such key, -2004 when the value is no string. */
 QL_API int tFuncGetStringFromJson(const char* json, const char* key, char* dest);
 
-QL_API int tFuncConvertJsontoChinaStruct(
-    const char* json, PERSONINFO_CHA_FP* record); /**< returns 0; missing keys leave their field */
-QL_API int tFuncConvertJsontoForeignStruct(
-    const char* json, PERSONINFO_FOR_FP* record); /**< returns 0; missing keys leave their field */
-QL_API int tFuncConvertJsontoGatStruct(
-    const char* json, PERSONINFO_GAT_FP* record); /**< returns 0; missing keys leave their field */
-QL_API int tFuncConvertJsontoCollectStruct(
-    const char* json,
-    PERSONINFO_COLLECT_FP* record); /**< returns 0; missing keys leave their field */
+/** Reads the text of a resident card; a key that is missing leaves its field as it was. Returns
+ *  0. */
+QL_API int tFuncConvertJsontoChinaStruct(const char* json, PERSONINFO_CHA_FP* record);
+/** The same for a foreigner's card; `police` and `reserved` are not read. Returns 0. */
+QL_API int tFuncConvertJsontoForeignStruct(const char* json, PERSONINFO_FOR_FP* record);
+/** The same for a permit. Returns 0. */
+QL_API int tFuncConvertJsontoGatStruct(const char* json, PERSONINFO_GAT_FP* record);
+/** The same for any kind; `nationCode` comes from "NationCode". Returns 0. */
+QL_API int tFuncConvertJsontoCollectStruct(const char* json, PERSONINFO_COLLECT_FP* record);
 
-/** Reads a JSON text into the record of its "CardType". Returns 0 resident, 1 foreigner, 2 permit,
- * or a negative result. */
+/** Reads a JSON text into the record of its "CardType", which is cleared first; the others may be
+ *  null. Returns 0 resident (" "), 1 foreigner ("I"), 2 permit ("J"); -1 for another mark or a null
+ *  record, or as tFuncGetStringFromJson(). */
 QL_API int tFuncConvertIdInfotoStruct(const char* json, PERSONINFO_CHA* china,
                                       PERSONINFO_FOR* foreign, PERSONINFO_GAT* gat);
 
-/** Packs every record given into `out`, one over the other. Returns 0 or a negative result. */
+/** Packs every record given, others null, into `out`, one over the other; of the combined record
+ *  the card that its `cardType` marks (" " or "I"). Returns 0 or the first negative result. */
 QL_API int tFuncConvertIdInfoStruct(const PERSONINFO_CHA_FP* china,
                                     const PERSONINFO_FOR_FP* foreign, const PERSONINFO_GAT_FP* gat,
                                     const PERSONINFO_FP* person,
                                     const PERSONINFO_COLLECT_FP* collect, char* out);
 
-/** Non-zero: the next packer adds the photo of the last read under "PhotoNativeData". */
+/** Non-zero: the next packer adds the photo block of the last read under "PhotoNativeData", as
+ *  upper-case hexadecimal text (zeros when there is none), the collect packer as base64. Returns
+ *  0. */
 QL_API int tFunc_SetAddPhotoDataToJsonFlag(int bFlag);
 /** Does nothing and returns 0. */
 QL_API int tFunc_SetAddNativeDataToJsonFlag(void);

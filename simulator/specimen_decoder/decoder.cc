@@ -1,5 +1,5 @@
 // The decoder's interface: one exported function.
-#include <cstdint>
+#include <algorithm>
 
 #include "simulator/specimen_decoder/canvas.h"
 #include "simulator/specimen_decoder/portrait.h"
@@ -10,7 +10,7 @@ namespace {
 using specimen_decoder::Canvas;
 
 unsigned char ToByte(float part) {
-  return static_cast<unsigned char>(std::clamp(part, 0.0F, 1.0F) * 255 + 0.5F);
+  return static_cast<unsigned char>(std::clamp(part, 0.0F, 1.0F) * 255.99F);
 }
 
 }  // namespace
