@@ -90,7 +90,7 @@ int SaveBmpToImg(const char* /*bmpFile*/, const char* /*imgFile*/) { return 1; }
 int tFuncSaveHeadImg(const char* szHeadName, char* szHeadImg) {
   LOG_API("[%s] Start szHeadName = %s ", __func__, PrintableText(szHeadName));
   LOG_API("szHeadImg = %s", PrintableText(szHeadImg));
-  if (szHeadImg == nullptr || *szHeadImg == '\0') return RET_PUB_SUCCESS;
+  if (szHeadImg == nullptr) return RET_PUB_SUCCESS;
 
   // The caller's buffer has the same size: a name that is too long for it is cut.
   char name[QL_IMAGE_PATH_SIZE];
