@@ -192,6 +192,7 @@ TEST(GetStringFromJson, TakesWhatTheJsonLibraryTakes) {
   EXPECT_EQ("1", GetString(R"({"a": "1", "a": "2"})", "a").text) << "the first of equal keys";
   EXPECT_EQ("x", GetString(R"({"a": "x"} trailing)", "a").text) << "text behind the object";
   EXPECT_EQ("x", GetString(R"({"a": "x\u0000y"})", "a").text) << "an escaped zero ends the text";
+  EXPECT_EQ("x", GetString(R"({"a": "x\uZZZZy"})", "a").text) << "as does a bad escape";
   EXPECT_EQ("\xE6\xA0\xB7", GetString(R"({"a": "\u6837"})", "a").text);
   EXPECT_EQ("\xF0\xA0\xAE\xB7", GetString(R"({"a": "\uD842\uDFB7"})", "a").text);
   EXPECT_EQ("\"\\/\b\f\n\r\t", GetString(R"({"a": "\"\\\/\b\f\n\r\t"})", "a").text);
