@@ -139,7 +139,7 @@ template <typename Record>
 void SetMember(Record& record, const Member& member, const std::string& text) {
   char* const field = reinterpret_cast<char*>(&record) + member.offset;
   std::memset(field, 0, member.width);
-  std::memcpy(field, text.data(), std::min(text.size(), member.width));
+  text.copy(field, member.width);
 }
 
 // A record with a text in every field that has a key.
@@ -173,8 +173,8 @@ KeyValues ValuesOf(const Record& record, const std::vector<Key>& keys) {
 inline std::string JsonOf(const KeyValues& values) {
   std::string text;
   for (const auto& [key, value] : values) {
-    text += text.empty() ? "{\n" : ",\n";
-    text += "\t\"" + key + "\":\t\"" + value + "\"";
+    text.append(text.empty() ? "{\n" : ",\n");
+    text.append("\t\"").append(key).append("\":\t\"").append(value).append("\"");
   }
   return text + "\n}";
 }
@@ -185,7 +185,7 @@ class JsonBuffer {
   explicit JsonBuffer(char filling = '\0')
       : bytes_(std::string(QL_JSON_SIZE, filling) + std::string(QL_JSON_SIZE, '\xEE')) {}
   char* data() { return bytes_.data(); }
-  std::string text() const { return bytes_.c_str(); }
+  std::string text() const { return bytes_.data(); }
   const std::string& bytes() const { return bytes_; }
   bool IsWholeBehind() const {
     return bytes_.find_first_not_of('\xEE', QL_JSON_SIZE) == std::string::npos;

@@ -55,8 +55,8 @@ void ReadsWhatItShould(const std::vector<Key>& keys) {
   for (std::size_t i = 0; i < keys.size(); ++i) {
     if (keys[i].use != kBothWays) continue;
     // The text and its zero, no more.
-    std::strcpy(reinterpret_cast<char*>(&expected) + keys[i].member.offset,
-                values[i].second.c_str());
+    std::memcpy(reinterpret_cast<char*>(&expected) + keys[i].member.offset,
+                values[i].second.c_str(), values[i].second.size() + 1);
   }
 
   EXPECT_EQ(0, Convert(JsonOf(values).c_str(), &record));

@@ -16,6 +16,8 @@ std::string FileHex() {
   return HexText(file.data(), file.size());
 }
 
+constexpr std::size_t kHeadersText = 162;  // headers in hexadecimal
+
 const Bytes kFourPixels = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
 
 }  // namespace
@@ -33,10 +35,10 @@ TEST(SaveBmp, ExchangesRedAndBlueAndFillsEveryRow) {
 
 TEST(SaveBmp, FillsWithTwoBytesWhateverTheWidth) {
   ASSERT_EQ(1, SaveBmp(Path().c_str(), kFourPixels.data(), 4, 1));
-  EXPECT_EQ("03 02 01 06 05 04 09 08 07 0C 0B 0A 96 08", FileHex().substr(3 * 54));
+  EXPECT_EQ("03 02 01 06 05 04 09 08 07 0C 0B 0A 96 08", FileHex().substr(kHeadersText));
 
   ASSERT_EQ(1, SaveBmp(Path().c_str(), kFourPixels.data(), 1, 3));
-  EXPECT_EQ("03 02 01 96 08 06 05 04 96 08 09 08 07 96 08", FileHex().substr(3 * 54));
+  EXPECT_EQ("03 02 01 96 08 06 05 04 96 08 09 08 07 96 08", FileHex().substr(kHeadersText));
 }
 
 TEST(SaveBmp, ReplacesAFile) {
@@ -105,7 +107,7 @@ TEST(SaveBmp, FailsWhenTheFileCannotBeOpened) {
 
 TEST(SaveBmp, NoticesAFullDisk) {
   // A small file fails when it is closed, a large one when it is written.
-  const Bytes pixels(102 * 126 * 3);
+  const Bytes pixels(38556);
   EXPECT_EQ(0, SaveBmp("/dev/full", pixels.data(), 2, 2));
   EXPECT_EQ(0, SaveBmp("/dev/full", pixels.data(), 102, 126));
 }

@@ -7,14 +7,19 @@
 
 #include "quillonid/records.h"
 
+template <std::size_t kWidth>
+void SetText(char (&field)[kWidth], const std::string& text) {
+  text.copy(field, kWidth - 1);
+}
+
 // A record whose members are the ones that the services look at.
 template <typename Record>
 Record MakeRecord(const char* card_id, const char* mark, const char* nation_code) {
   Record record = {};
-  std::strcpy(record.name, "name");
-  std::strcpy(record.cardId, card_id);
-  if constexpr (requires { record.cardType; }) std::strcpy(record.cardType, mark);
-  if constexpr (requires { record.nationCode; }) std::strcpy(record.nationCode, nation_code);
+  SetText(record.name, "name");
+  SetText(record.cardId, card_id);
+  if constexpr (requires { record.cardType; }) SetText(record.cardType, mark);
+  if constexpr (requires { record.nationCode; }) SetText(record.nationCode, nation_code);
   return record;
 }
 

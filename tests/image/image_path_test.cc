@@ -14,10 +14,10 @@ namespace {
 constexpr char kUntouched[] = "untouched";
 
 std::string ImagePath(const char* path, const char* suffix, const char* name, int len = 1023) {
-  std::string made(4096, '\0');
-  std::strcpy(made.data(), kUntouched);
+  std::string made = kUntouched;
+  made.resize(4096);
   GetImgPathEx(path, suffix, name, made.data(), len);
-  return made.c_str();
+  return made.data();
 }
 
 struct Naming {

@@ -2,7 +2,6 @@
 #ifndef QUILLONID_TESTS_IMAGE_PATH_BUFFER_H
 #define QUILLONID_TESTS_IMAGE_PATH_BUFFER_H
 
-#include <cstring>
 #include <string>
 
 #include "quillonid/image.h"
@@ -10,11 +9,11 @@
 // A path in a buffer of the size that the header asks for, with bytes behind it that must stay.
 class PathBuffer {
  public:
-  explicit PathBuffer(const std::string& path) : bytes_(QL_IMAGE_PATH_SIZE + 4096, '\xEE') {
-    std::strcpy(bytes_.data(), path.c_str());
+  explicit PathBuffer(const std::string& path) : bytes_(path + '\0') {
+    bytes_.resize(QL_IMAGE_PATH_SIZE + 4096, '\xEE');
   }
   char* data() { return bytes_.data(); }
-  std::string text() const { return bytes_.c_str(); }
+  std::string text() const { return bytes_.data(); }
   bool IsUntouchedBehind(std::size_t size) const {
     return bytes_.find_first_not_of('\xEE', size) == std::string::npos;
   }

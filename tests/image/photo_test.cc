@@ -20,7 +20,7 @@ std::string BmpPath() { return TemporaryFolder() + "/head.bmp"; }
 
 // What the good decoder makes of a photo: pixels as bytes R, G, B.
 Bytes DecodedPixels(const Bytes& photo) {
-  Bytes pixels(102 * 126 * 3);
+  Bytes pixels(38556);
   for (std::size_t i = 0; i < pixels.size(); ++i) {
     pixels[i] = static_cast<unsigned char>(photo[i % 1024] + i / 1024 + 608);
   }
@@ -226,7 +226,7 @@ TEST(GetPhotoBmp, LoadsFromTheRootByName) {
 TEST(GetPhotoBmp, ShowsBlackWhereTheDecoderWroteNothing) {
   NEEDS_PRIVATE_ROOT();
   InstallDecoder("writing_little");
-  Bytes pixels(102 * 126 * 3);
+  Bytes pixels(38556);
   std::copy_n(TestPhoto().begin(), 3, pixels.begin());
 
   ASSERT_NE(0, GetPhotoBmp("libwlt.so", TestPhoto().data(), BmpPath().c_str()));

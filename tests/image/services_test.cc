@@ -129,7 +129,7 @@ TEST(RecordGate, NeedsTheNationOfAResident) {
 TEST(SaveHeadImg, ReadsNoCardNumberPastItsField) {
   PERSONINFO_GAT record = MakeRecord<PERSONINFO_GAT>("123", "J", "");
   std::memset(record.cardId, '9', sizeof record.cardId);
-  std::strcpy(record.police, "behind the card number");
+  SetText(record.police, "behind the card number");
   PathBuffer path("/tmp");
 
   EXPECT_EQ(0, tFunc_SaveGATHeadImg(&record, path.data()));
@@ -349,7 +349,7 @@ TEST(GetImgCollectBase64, ReportsNoFieldPastItsWidth) {
   PERSONINFO_COLLECT record = {};
   std::memset(record.cardId, '9', sizeof record.cardId);
   std::memset(record.cardType, 'K', sizeof record.cardType);
-  std::strcpy(record.police, "behind");
+  SetText(record.police, "behind");
   PathBuffer out("");
   SwitchLogging(true);
 
