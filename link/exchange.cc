@@ -145,7 +145,9 @@ QL_API int COMM_Zel_SendAndReciveData(uint32_t use_end_byte, uint8_t head, uint8
 }
 
 QL_API int COMM_Zel_ReaderCmd(const unsigned char* data, int len) {
-  return COMM_Dev_WriteDataToTransPort(data, len) == len ? RET_PUB_SUCCESS : kNotWritten;
+  const int written = COMM_Dev_WriteDataToTransPort(data, len);
+  // A negative length may equal the code that refuses it.
+  return len >= 0 && written == len ? RET_PUB_SUCCESS : kNotWritten;
 }
 
 QL_API uint32_t COMM_Zel_GetRecStatus() {

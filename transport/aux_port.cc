@@ -167,7 +167,10 @@ QL_API int COMM_Com_OpenLinuxAux(std::uint32_t family, std::uint32_t aux_number,
                                  std::uint32_t mode_flag) {
   LOG_DEVICE("[%s ] Start ", __func__);
   char name[PATH_MAX];
-  if (ttyname_r(STDOUT_FILENO, name, sizeof name) != 0) return RET_PUB_OPEN_ERROR;
+  if (ttyname_r(STDOUT_FILENO, name, sizeof name) != 0) {
+    COMM_Com_CloseLinux();  // A failed open leaves no port open.
+    return RET_PUB_OPEN_ERROR;
+  }
   Str_strsTrim(name);
   LOG_DEVICE("LinuxOpenPort szTtyName =%s\r\n", name);
 

@@ -134,6 +134,9 @@ TEST_F(Exchange, SendsAReaderCommandRaw) {
   EXPECT_EQ(0, COMM_Zel_ReaderCmd(Octets("\x1B%B"), 3));
   EXPECT_EQ(-1, COMM_Zel_ReaderCmd(Octets(""), 0));
   EXPECT_EQ(-1, COMM_Zel_ReaderCmd(nullptr, 3));
+  // The serial port's own refusals are -2 and -1: a length of that value is refused all the same.
+  EXPECT_EQ(-1, COMM_Zel_ReaderCmd(Octets("20"), -2));
+  EXPECT_EQ(-1, COMM_Zel_ReaderCmd(Octets("20"), -1));
 
   EXPECT_EQ("1B 25 42", Sent());
 }

@@ -352,6 +352,18 @@ TEST(OpenLinuxAux, RefusesAStandardOutputThatIsNoTerminal) {
   EXPECT_EQ("-3", Child(-1, open_aux).Output());
 }
 
+TEST(OpenLinuxAux, ClosesAnOpenPortWhenThereIsNoTerminal) {
+  const Pty line;
+  const Descriptor null_device(open("/dev/null", O_RDWR));
+  const auto open_both = [&] {
+    COMM_Com_OpenLinux(line.path().c_str(), 9600);
+    const int opened = COMM_Com_OpenLinuxAux(1, 1, 9600, 0);
+    return std::to_string(opened) + " " + std::to_string(WriteAux("x"));
+  };
+
+  EXPECT_EQ("-3 -2", Child(null_device.get(), open_both).Output());
+}
+
 TEST(OpenLinuxAux, LogsItsSteps) {
   NEEDS_PRIVATE_ROOT();
   const Pty terminal;
