@@ -30,10 +30,12 @@ std::vector<Name> Names(const char* list) {
   return names;
 }
 
+std::string UpToZero(const std::string& text) { return text.substr(0, text.find('\0')); }
+
 std::string Nation(int code, int limit = 50) {
   std::string dest(64, '#');
   GetNation(code, dest.data(), limit);
-  return dest.c_str();
+  return UpToZero(dest);
 }
 
 // What is written over the bytes of `before`.
@@ -42,7 +44,7 @@ std::string Country(const char* code, std::string before = std::string(64, '\0')
   return before;
 }
 
-std::string CountryText(const char* code) { return Country(code).c_str(); }
+std::string CountryText(const char* code) { return UpToZero(Country(code)); }
 
 }  // namespace
 
@@ -80,7 +82,7 @@ TEST(GetNation, WritesAtMostItsLimitInWholeCharacters) {
     std::string dest(64, '#');
     GetNation(98, dest.data(), limit);
     const auto size = static_cast<std::size_t>(limit);
-    ASSERT_LT(std::string(dest.c_str()).size(), size);
+    ASSERT_LT(UpToZero(dest).size(), size);
     ASSERT_EQ(std::string(64 - size, '#'), dest.substr(size));
   }
 }

@@ -39,7 +39,10 @@ class RawRecord {
   // The whole field.
   std::string Get(const std::string& name) const;
   // The field up to its zero.
-  std::string Text(const std::string& name) const { return Get(name).c_str(); }
+  std::string Text(const std::string& name) const {
+    const std::string field = Get(name);
+    return field.substr(0, field.find('\0'));
+  }
 
   const RecordFields& fields() const { return fields_; }
   // The record, and the bytes behind it, which nobody may write.

@@ -69,10 +69,17 @@ struct Templates {
 
 // Into fields of 1,025 bytes, whose neighbours must stay as they are.
 Templates Get(const unsigned char* native) {
-  std::string memory(3 * 1025, '#');
-  tFuncGetFpTemplate(native, memory.data(), memory.data() + 2 * 1025);
-  EXPECT_EQ(std::string(1025, '#'), memory.substr(1025, 1025));
-  return {memory.c_str(), memory.c_str() + 2 * 1025};
+  struct {
+    char first[1025];
+    char between[64];
+    char second[1025];
+    char behind[64];
+  } memory;
+  std::memset(&memory, '#', sizeof memory);
+  tFuncGetFpTemplate(native, memory.first, memory.second);
+  EXPECT_EQ(std::string(64, '#'), std::string(memory.between, 64));
+  EXPECT_EQ(std::string(64, '#'), std::string(memory.behind, 64));
+  return {memory.first, memory.second};
 }
 
 // What the lengths ask for, as far as it can be had.
