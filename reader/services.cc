@@ -1,5 +1,5 @@
 // Read services: the kind reader for the record that the caller wants, and the conversion of what
-// it read. The kind readers clear the record they are given.
+// it read. The record is cleared before the read, here or by the kind reader.
 #include "quillonid/carddata.h"
 #include "quillonid/reader.h"
 #include "quillonid/results.h"
@@ -7,10 +7,17 @@
 
 namespace {
 
+// An application that uses one record for many cards must never find the last holder's text in it:
+// conversions copy without clearing.
+template <typename Record>
+void Clear(Record* record) {
+  if (record != nullptr) *record = {};
+}
+
 int NegativeOrSuccess(int result) { return result < 0 ? result : RET_PUB_SUCCESS; }
 
 // Ends a read into a work record: a good one goes to the caller's record, a null one of which is
-// -2004; a failed one leaves it alone.
+// -2004; a failed one leaves it empty.
 template <typename Work, typename Plain>
 int Converted(int result, const Work& work, int (*convert)(const Work*, Plain*), Plain* record) {
   if (result != RET_PUB_SUCCESS) return result;
@@ -22,6 +29,7 @@ int Converted(int result, const Work& work, int (*convert)(const Work*, Plain*),
 int tFunc_ReadIDCard(const char* szDevice, const char* szBpNo, long nBaud, long nTimeOut,
                      char* szHeadDir, PERSONINFO* record) {
   LOG_CARD("[%s]Start ", __func__);
+  Clear(record);
   PERSONINFO_FP work = {};
   const int result = tFuncReadIdInfo(szDevice, szBpNo, nBaud, nTimeOut, 0, szHeadDir, &work);
   LOG_CARD_RESULT(result < 0, "tFuncReadIdInfo = %d ", result);
@@ -38,6 +46,7 @@ int tFunc_ReadIDCard_FP(const char* szDevice, const char* szBpNo, long nBaud, lo
 int tFunc_ReadChinaIDCard(const char* szDevice, const char* szBpNo, long nBaud, long nTimeOut,
                           char* szHeadDir, PERSONINFO_CHA* record) {
   LOG_CARD("[%s] Start ", __func__);
+  Clear(record);
   PERSONINFO_CHA_FP work = {};
   const int result = tFuncReadChinaIDCard(szDevice, szBpNo, nBaud, nTimeOut, 0, szHeadDir, &work);
   return Converted(result, work, tFuncConvertChinaFp, record);
@@ -52,6 +61,7 @@ int tFunc_ReadChinaIDCard_FP(const char* szDevice, const char* szBpNo, long nBau
 int tFunc_ReadForeignerIDCard(const char* szDevice, const char* szBpNo, long nBaud, long nTimeOut,
                               char* szHeadDir, PERSONINFO_FOR* record) {
   LOG_CARD("[%s] Start ", __func__);
+  Clear(record);
   PERSONINFO_FOR_FP work = {};
   const int result =
       tFuncReadForeignerIDCard(szDevice, szBpNo, nBaud, nTimeOut, 0, szHeadDir, &work);
@@ -67,6 +77,7 @@ int tFunc_ReadForeignerIDCard_FP(const char* szDevice, const char* szBpNo, long 
 int tFunc_ReadIDCardForeigner(const char* szDevice, const char* szBpNo, long nBaud, long nTimeOut,
                               char* szHeadDir, PERSONINFO* record) {
   LOG_CARD("[%s] Start ", __func__);
+  Clear(record);
   PERSONINFO_FOR_FP foreign = {};
   int result = tFuncReadForeignerIDCard(szDevice, szBpNo, nBaud, nTimeOut, 0, szHeadDir, &foreign);
   if (result != RET_PUB_SUCCESS) return result;
@@ -78,6 +89,7 @@ int tFunc_ReadIDCardForeigner(const char* szDevice, const char* szBpNo, long nBa
 
 int tFunc_ReadGATIDCard(const char* szDevice, const char* szBpNo, long nBaud, long nTimeOut,
                         char* szHeadDir, PERSONINFO_GAT* record) {
+  Clear(record);
   PERSONINFO_GAT_FP work = {};
   const int result = tFuncReadGatIDCard(szDevice, szBpNo, nBaud, nTimeOut, 0, szHeadDir, &work);
   return Converted(result, work, tFuncConvertGatFp, record);
@@ -90,6 +102,7 @@ int tFunc_ReadGATIDCard_FP(const char* szDevice, const char* szBpNo, long nBaud,
 
 int tFunc_ReadCollectIDCard(const char* szDevice, const char* szBpNo, long nBaud, long nTimeOut,
                             char* szHeadDir, PERSONINFO_COLLECT* record) {
+  Clear(record);
   PERSONINFO_COLLECT_FP work = {};
   const int result = tFuncReadCollectIDCard(szDevice, szBpNo, nBaud, nTimeOut, 0, szHeadDir, &work);
   LOG_CARD_RESULT(result < 0, "[%s] Read nRet = %d ", __func__, result);

@@ -21,8 +21,8 @@ QL_BEGIN_DECLS
  *  - `nBaud`: serial speed in bit/s; not used for USB
  *  - `nTimeOut`: limit of the read in seconds, 1 to 120
  *  - `szHeadDir`: path of the BMP file that receives the photo
- *  - `record`: receives the fields, UTF-8 text that ends in a zero byte inside its field; passed
- *    zero-filled (an `_FP` record is cleared first)
+ *  - `record`: cleared, then receives the fields, UTF-8 text that ends in a zero byte inside its
+ * field
  *
  *  Returns 0 or a published code. Without a usable photo or decoder the result is -7 or -100; an
  *  `_FP` record is filled nevertheless, a plain one stays empty. A serial read that fails just

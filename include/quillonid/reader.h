@@ -123,9 +123,9 @@ QL_API int tFuncReadCollectIDCard(const char* szDevice, const char* szBpNo, long
 
 /** @name Read services
  *  A kind reader and the conversion to the record that the caller wants. The `APP_ID_` functions of
- *  the same name publish the result. A plain record is written to only by a read that succeeds,
- *  photo included, and is passed zero-filled; null gives -2004 after the read. An `_FP` record is
- *  cleared first; null gives -2, as a null `szJson` does, before the device is opened.
+ *  the same name publish the result. The record is cleared first. A plain one is filled only by a
+ *  read that succeeds, photo included; null gives -2004 after the read. A null `_FP` record gives
+ *  -2, as a null `szJson` does, before the device is opened.
  *  @{ */
 QL_API int tFunc_ReadIDCard(const char* szDevice, const char* szBpNo, long nBaud, long nTimeOut,
                             char* szHeadDir, PERSONINFO* record); /**< see APP_ID_ReadIDCard() */

@@ -6,7 +6,8 @@
  *  card kind does not carry is empty. Trailing blanks of the card's text stay. A text longer than
  *  its field is cut at the field's width less one byte, which may fall inside a character. The
  *  `_FP` records add two fingerprint templates: up to 1,024 upper-case hexadecimal characters each,
- *  empty when the card carries none. The caller owns the records and passes them zero-filled. */
+ *  empty when the card carries none. The caller owns the records; reads clear them first,
+ *  parsers and conversions take them zero-filled. */
 #ifndef QUILLONID_RECORDS_H
 #define QUILLONID_RECORDS_H
 

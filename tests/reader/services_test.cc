@@ -1,3 +1,4 @@
+#include <cstring>
 #include <map>
 
 #include "quillonid/carddata.h"
@@ -249,15 +250,27 @@ TEST_F(ReadServices, RefuseAForeignerWithoutAChineseNameInTheCombinedRecord) {
   EXPECT_TRUE(IsClear(record));
 }
 
-// A conversion clears nothing: a failed read leaves a plain record as the caller passed it.
-TEST_F(ReadServices, LeaveAPlainRecordAloneWhenTheReadFails) {
+// Conversions copy without clearing, so a record that was used before must not keep its old text.
+TEST_F(ReadServices, ClearAPlainRecordWhateverComesOfTheRead) {
   PutCard("permit");
-  PERSONINFO_CHA record = {};
-  record.name[0] = 'x';
+  PERSONINFO_CHA record;
+  std::memset(&record, 'x', sizeof record);
 
   EXPECT_EQ(-2004, Read(tFunc_ReadChinaIDCard, &record));
 
-  EXPECT_STREQ("x", record.name);
+  EXPECT_TRUE(IsClear(record));
+}
+
+TEST_F(ReadServices, LeaveNothingOfTheCardBefore) {
+  PutCard("permit");
+  PERSONINFO_GAT used;
+  std::memset(&used, 'x', sizeof used);
+  PERSONINFO_GAT fresh = {};
+
+  EXPECT_EQ(0, Read(tFunc_ReadGATIDCard, &used));
+  EXPECT_EQ(0, Read(tFunc_ReadGATIDCard, &fresh));
+
+  EXPECT_EQ(0, std::memcmp(&used, &fresh, sizeof used));
 }
 
 TEST_F(ReadServices, ReadACollectRecordWithoutAPhoto) {
