@@ -16,3 +16,5 @@ install(FILES ${PROJECT_BINARY_DIR}/quillonidConfig.cmake ${PROJECT_BINARY_DIR}/
 
 configure_file(cmake/quillonid.pc.in ${PROJECT_BINARY_DIR}/quillonid.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/quillonid.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development USE_SOURCE_PERMISSIONS)

@@ -185,7 +185,7 @@ class JsonBuffer {
   explicit JsonBuffer(char filling = '\0')
       : bytes_(std::string(QL_JSON_SIZE, filling) + std::string(QL_JSON_SIZE, '\xEE')) {}
   char* data() { return bytes_.data(); }
-  std::string text() const { return bytes_.data(); }
+  std::string text() const { return bytes_.substr(0, bytes_.find('\0')); }
   const std::string& bytes() const { return bytes_; }
   bool IsWholeBehind() const {
     return bytes_.find_first_not_of('\xEE', QL_JSON_SIZE) == std::string::npos;

@@ -1,6 +1,9 @@
 // The examples read a specimen card as their texts say.
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <sstream>
+
 #include "simulator/tty_reader.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/program.h"
@@ -68,6 +71,26 @@ TEST(ExampleCancelRead, StopsAtAKeyPress) {
 
   EXPECT_EQ(0, output.exit) << output.err;
   EXPECT_TRUE(Contains(output.out, "Stopped.")) << output.out;
+}
+
+// The service's own command, for the simulated reader.
+TEST(ExampleService, ReadsCardsUntilItIsStopped) {
+  const Bench bench;
+  std::string unit = ReadWholeFile(SERVICE_UNIT);
+  unit.erase(0, unit.find("ExecStart=") + 10);
+  std::istringstream command(unit.substr(0, unit.find('\n')));
+  std::vector<std::string> words;
+  for (std::string word; command >> word;) words.push_back(word);
+  ASSERT_EQ("/usr/bin/qlid", words.front());
+  ASSERT_EQ("/dev/ttyUSB0", words.back());
+  words.front() = QLID_PROGRAM;
+  words.back() = bench.reader.path();
+
+  Program service(words);
+  EXPECT_TRUE(service.WaitFor("\"IDNumber\":\"" + bench.Printed("cardId") + "\"")) << service.err();
+  service.Signal(SIGTERM);
+
+  EXPECT_EQ(0, service.Finish().exit);
 }
 
 #ifdef WITH_PYTHON

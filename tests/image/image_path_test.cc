@@ -17,7 +17,7 @@ std::string ImagePath(const char* path, const char* suffix, const char* name, in
   std::string made = kUntouched;
   made.resize(4096);
   GetImgPathEx(path, suffix, name, made.data(), len);
-  return made.data();
+  return made.substr(0, made.find('\0'));
 }
 
 struct Naming {

@@ -13,7 +13,7 @@ class PathBuffer {
     bytes_.resize(QL_IMAGE_PATH_SIZE + 4096, '\xEE');
   }
   char* data() { return bytes_.data(); }
-  std::string text() const { return bytes_.data(); }
+  std::string text() const { return bytes_.substr(0, bytes_.find('\0')); }
   bool IsUntouchedBehind(std::size_t size) const {
     return bytes_.find_first_not_of('\xEE', size) == std::string::npos;
   }

@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 
@@ -299,6 +300,49 @@ TEST(QlidRead, MasksWhatIdentifiesTheHolder) {
     EXPECT_FALSE(Contains(text, bench.card.person.text.at("address"))) << text;
     EXPECT_TRUE(Contains(text, number.substr(0, 6) + "********" + number.substr(14))) << text;
   }
+}
+
+TEST(QlidWatch, TellsEachCardOnce) {
+  Bench bench;
+  Program watch(Qlid(bench.Read({"--watch", "--json", "--timeout", "1"})));
+  ASSERT_TRUE(watch.WaitFor("999999199001010024")) << watch.err();
+  ASSERT_TRUE(bench.reader.WaitForRequests(bench.reader.Requests().size() + 4,
+                                           20'000));  // It was read again.
+
+  bench.reader.RemoveCard();
+  ASSERT_TRUE(watch.WaitFor("card taken away")) << watch.err();
+  bench.reader.PutCard(simulator::MakeCard("permit"));
+  ASSERT_TRUE(watch.WaitFor("\"kind\":\"gat\"")) << watch.err();
+  watch.Signal(SIGINT);
+  const Output output = watch.Finish();
+
+  EXPECT_EQ(0, output.exit);
+  EXPECT_EQ(2, std::count(output.out.begin(), output.out.end(), '\n')) << output.out;
+  EXPECT_TRUE(Contains(output.err, "stopped after 2 cards, 0 failures")) << output.err;
+}
+
+TEST(QlidWatch, WaitsForAReaderThatWasPulled) {
+  auto reader = std::make_unique<simulator::TtyReader>();
+  reader->PutCard(simulator::MakeCard("resident"));
+  Program watch(Qlid({"read", "--watch", "--json", "--timeout", "1", "--device", reader->path()}));
+  ASSERT_TRUE(watch.WaitFor("\"kind\":\"resident\"")) << watch.err();
+
+  const std::string path = reader->path();
+  reader.reset();
+  ASSERT_TRUE(watch.WaitFor("waiting for it to come back")) << watch.err();
+  // The name of a terminal that is gone is given to one of the next.
+  std::vector<std::unique_ptr<simulator::TtyReader>> others;
+  while (!reader && others.size() < 100) {
+    auto next = std::make_unique<simulator::TtyReader>();
+    next->PutCard(simulator::MakeCard("permit"));
+    (next->path() == path ? reader : others.emplace_back()) = std::move(next);
+  }
+  ASSERT_NE(nullptr, reader);
+
+  EXPECT_TRUE(watch.WaitFor("reader is back")) << watch.err();
+  EXPECT_TRUE(watch.WaitFor("\"kind\":\"gat\"")) << watch.err();
+  watch.Signal(SIGINT);
+  EXPECT_EQ(0, watch.Finish().exit);
 }
 
 TEST(QlidDecode, GivesTheRecordThatTheReadGave) {

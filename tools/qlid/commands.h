@@ -20,9 +20,11 @@ struct OutputOptions {
 struct ReadOptions {
   ReadRequest request;
   std::string kind = "any";
+  bool watch = false;  // card after card until stopped
   OutputOptions output;
 };
 int ReadCommand(const ReadOptions& options);
+int WatchCommand(const ReadOptions& options);
 
 struct DevicesOptions {
   bool json = false;

@@ -80,6 +80,8 @@ void AddRead(CLI::App& app, CommandLine* line) {
                  "Read at once, without search and select");
   read->add_flag("--one-command", request.one_command, "Read with the one-command read");
   AddUsbIds(read, &request.usb_ids);
+  read->add_flag("--watch", line->read.watch,
+                 "Card after card until stopped; waits for a reader that was pulled");
   read->add_option("--native", line->read.output.native,
                    "Write the card's native data to this file")
       ->type_name("FILE");
@@ -174,7 +176,8 @@ int Run(const CLI::App& app, const CommandLine& line) {
   Settle(line);
   if (app.got_subcommand("demo")) return DemoCommand(line.demo);
   if (app.got_subcommand("devices")) return DevicesCommand(line.devices);
-  if (app.got_subcommand("read")) return ReadCommand(line.read);
+  if (app.got_subcommand("read"))
+    return line.read.watch ? WatchCommand(line.read) : ReadCommand(line.read);
   if (app.got_subcommand("decode")) return DecodeCommand(line.decode);
   if (app.got_subcommand("simulate")) return SimulateCommand(line.simulate);
   if (app.got_subcommand("explain")) return ExplainCommand(line.explain);

@@ -123,11 +123,6 @@ Report ReadReport(const ReadRequest& request, int result) {
   return report;
 }
 
-bool KindWanted(const std::string& wanted, CardKind kind) {
-  if (wanted == "any") return true;
-  return wanted == KindName(kind) || (wanted == "permit" && kind == CardKind::kPermit);
-}
-
 Report OtherKindReport(const std::string& wanted, CardKind kind) {
   const ResultText& text = ResultOf(QL_CARD_TYPE_ERROR);
   return {

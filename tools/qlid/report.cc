@@ -108,6 +108,26 @@ void PrintReport(const Report& report) {
   }
 }
 
+bool KindWanted(const std::string& wanted, CardKind kind) {
+  if (wanted == "any") return true;
+  return wanted == KindName(kind) || (wanted == "permit" && kind == CardKind::kPermit);
+}
+
+void PrintJsonLine(const Outcome& outcome, const OutputOptions& options) {
+  Card shown;
+  Outcome redacted = outcome;
+  if (outcome.card && options.redact) {
+    shown = *outcome.card;
+    Redact(&shown);
+    redacted.card = &shown;
+  }
+  const Json document = Envelope(redacted);
+  char* text = cJSON_PrintUnformatted(document.get());
+  std::printf("%s\n", text ? text : "{}");
+  std::fflush(stdout);
+  cJSON_free(text);
+}
+
 void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
   Card shown;
   Outcome redacted = outcome;

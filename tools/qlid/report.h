@@ -34,6 +34,12 @@ struct Outcome {
 // The card and what went wrong, to standard output and standard error, as `options` ask.
 void PrintOutcome(const Outcome& outcome, const OutputOptions& options);
 
+// Whether a card is of the kind that --kind asks for.
+bool KindWanted(const std::string& wanted, CardKind kind);
+
+// The outcome as one line of JSON on standard output.
+void PrintJsonLine(const Outcome& outcome, const OutputOptions& options);
+
 // Writes the photo and native data files that `options` ask for. An empty result is success.
 std::optional<Report> WriteFiles(const Card& card, const OutputOptions& options);
 

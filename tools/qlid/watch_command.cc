@@ -1,0 +1,97 @@
+// qlid read --watch: card after card until it is stopped; a reader that is pulled is waited for.
+#include <csignal>
+#include <cstdio>
+
+#include "quillonid/results.h"
+#include "tools/qlid/commands.h"
+#include "tools/qlid/report.h"
+#include "tools/qlid/results.h"
+#include "tools/qlid/terminal.h"
+
+namespace qlid {
+namespace {
+
+constexpr int kPauseMilliseconds = 500;  // between a read and the next
+
+// What is going on, told when it changes.
+class Watch {
+ public:
+  explicit Watch(const ReadOptions& options) : options_(options) {}
+
+  // Takes one read in.
+  void Take(const Reading& reading) {
+    if (reading.result == QL_SUCCESS) {
+      TakeCard(reading);
+    } else if (reading.result == QL_DEVICE_ERROR) {
+      Forget();
+      if (reader_there_)
+        Say(Tr("no reader; waiting for it to come back", "没有读卡器；等待其恢复"));
+      reader_there_ = false;
+    } else if (reading.result == QL_TIMEOUT || reading.result == QL_NO_CARD) {
+      TellReaderIsBack();
+      if (!last_.empty()) Say(Tr("card taken away", "卡片已拿走"));
+      Forget();
+    } else {
+      ++failures_;
+      const ResultText& text = ResultOf(reading.result);
+      Say(Format("%s (%d)", Tr(text.english, text.chinese), reading.result));
+    }
+  }
+
+  void TellTheSum() const {
+    Say(Format(Tr("stopped after %ld cards, %ld failures", "已停止：%ld 张卡，%ld 次失败"), cards_,
+               failures_));
+  }
+
+ private:
+  static void Say(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
+
+  void TellReaderIsBack() {
+    if (!reader_there_) Say(Tr("reader is back", "读卡器已恢复"));
+    reader_there_ = true;
+  }
+
+  void Forget() { last_.clear(); }
+
+  // A card that lies there is read again and again, and told once.
+  void TakeCard(const Reading& reading) {
+    TellReaderIsBack();
+    if (reading.card.native == last_ || !KindWanted(options_.kind, reading.card.kind)) return;
+    last_ = reading.card.native;
+    ++cards_;
+    Outcome outcome;
+    outcome.card = &reading.card;
+    outcome.device = options_.request.device;
+    outcome.elapsed_ms = reading.elapsed_ms;
+    if (options_.output.json) {
+      PrintJsonLine(outcome, options_.output);
+    } else {
+      PrintOutcome(outcome, options_.output);
+      std::printf("\n");
+      std::fflush(stdout);
+    }
+  }
+
+  const ReadOptions& options_;
+  std::vector<std::uint8_t> last_;  // the card that lies there
+  bool reader_there_ = true;
+  long cards_ = 0;
+  long failures_ = 0;
+};
+
+}  // namespace
+
+int WatchCommand(const ReadOptions& options) {
+  Watch watch(options);
+  int signal = 0;
+  while (signal == 0 || signal == SIGHUP) {
+    const Reading reading = ReadCard(options.request);
+    if (reading.result == QL_CANCELLED) break;
+    watch.Take(reading);
+    signal = WaitForSignal(kPauseMilliseconds);
+  }
+  watch.TellTheSum();
+  return kExitDone;
+}
+
+}  // namespace qlid
