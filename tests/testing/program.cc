@@ -52,6 +52,7 @@ Program::Program(std::vector<std::string> words, const std::vector<std::string>&
   const std::vector<std::string> emulator = Emulator();
   words.insert(words.begin(), emulator.begin(), emulator.end());
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
 

@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <vector>
 
 namespace qlid {
 namespace {
@@ -119,14 +118,13 @@ std::string PaddedTo(std::string_view text, int columns) {
 std::string Format(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  va_list again;
-  va_copy(again, arguments);
-  const int size = std::vsnprintf(nullptr, 0, format, arguments);
+  char* text = nullptr;
+  const int size = vasprintf(&text, format, arguments);
   va_end(arguments);
-  std::vector<char> text(size > 0 ? static_cast<std::size_t>(size) + 1 : 1);
-  std::vsnprintf(text.data(), text.size(), format, again);
-  va_end(again);
-  return text.data();
+  if (size < 0) return "";
+  std::string result(text, static_cast<std::size_t>(size));
+  std::free(text);
+  return result;
 }
 
 std::string Printable(std::string_view text) {
