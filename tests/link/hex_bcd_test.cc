@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdio>
 #include <cstring>
 #include <ostream>
 #include <string>
@@ -168,9 +167,7 @@ TEST(StrByteToBcd, PacksTwoDigits) {
   for (int value = 0; value <= 99; ++value) {
     unsigned char out = 0xEE;
     EXPECT_EQ(0, Str_ByteToBcd(value, &out));
-    char decimal[8];
-    std::snprintf(decimal, sizeof decimal, "%02d", value);
-    EXPECT_EQ(decimal, HexText(&out, 1));
+    EXPECT_EQ((value < 10 ? "0" : "") + std::to_string(value), HexText(&out, 1));
   }
 }
 

@@ -32,9 +32,8 @@ Value ValueOf(const std::string& tag, const std::string& text) {
 }
 
 std::string Record(char tag, int length, char value) {
-  char head[8] = {};
-  std::snprintf(head, sizeof head, "%c%03d", tag, length);
-  return head + std::string(static_cast<std::size_t>(length), value);
+  const std::string digits = std::to_string(1000 + length).substr(1);
+  return tag + digits + std::string(static_cast<std::size_t>(length), value);
 }
 
 }  // namespace
