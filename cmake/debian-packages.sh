@@ -7,7 +7,7 @@
 packages_build="g++ cmake ninja-build pkg-config libcjson-dev libusb-1.0-0-dev libcli11-dev libpng-dev"
 packages_test="libgtest-dev umockdev libumockdev-dev python3"
 packages_vm="qemu-system-x86 qemu-system-arm binutils cpio"
-packages_package="debhelper dpkg-dev lintian abigail-tools scdoc fakeroot mmdebstrap"
+packages_package="doxygen debhelper dpkg-dev lintian abigail-tools scdoc fakeroot mmdebstrap"
 packages_arm64="g++-aarch64-linux-gnu qemu-user-static libc6:arm64 libstdc++6:arm64 libcjson-dev:arm64
   libusb-1.0-0-dev:arm64 libpng-dev:arm64 libgtest-dev:arm64"
 
