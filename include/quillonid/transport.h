@@ -189,14 +189,23 @@ QL_API int COMM_Dev_ChangeTermParam(QL_TRANSPORT_DESCRIPTION* description);
 /** Returns its argument. */
 QL_API int COMM_Dev_UseComm(int x);
 
+/** See COMM_Dev_OpenTransPort(). */
 QL_API int COMM_Dev_Linux_OpenTransPort(QL_TRANSPORT_DESCRIPTION* description);
+/** See COMM_Dev_WriteDataToTransPort(). */
 QL_API int COMM_Dev_Linux_WriteDataToTransPort(const unsigned char* data, int len);
+/** See COMM_Dev_ReadDataFromTransPort(). */
 QL_API int COMM_Dev_Linux_ReadDataFromTransPort(unsigned char* buffer, int max);
+/** See COMM_Dev_CloseTransPort(). */
 QL_API int COMM_Dev_Linux_CloseTransPort(void);
+/** See COMM_Dev_CancelRead(). */
 QL_API int COMM_Dev_Linux_CancelLinuxRead(void);
+/** See COMM_Dev_ChangeReadTimeOut(). */
 QL_API int COMM_Dev_Linux_ChangeReadTime(int seconds);
+/** See COMM_Dev_ChangeEndCondition(). */
 QL_API int COMM_Dev_Linux_ChangeEndCondition(QL_END_CONDITION end_condition);
+/** See COMM_Dev_SetHidClearZero(). */
 QL_API int COMM_Dev_Linux_SetLinuxHidClearZero(uint32_t flag);
+/** See COMM_Dev_ChangeTermParam(). */
 QL_API int COMM_Dev_Linux_ChangeTermParam(QL_TRANSPORT_DESCRIPTION* description);
 
 /** Overwrites everything that the dispatcher keeps. Returns 0, or -2 for null. */
