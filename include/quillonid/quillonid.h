@@ -27,6 +27,8 @@ QL_BEGIN_DECLS
  *  Returns 0 or a published code. Without a usable photo or decoder the result is -7 or -100; an
  *  `_FP` record is filled nevertheless, a plain one stays empty. A serial read that fails just
  *  before its limit searches once more: it may take about twice the limit and 10 s.
+ *
+ *  The native data of the last card read stays in the library's memory until the next read.
  *  @{ */
 QL_API int APP_ID_ReadIDCard(const char* szDevice, const char* szBpNo, long nBaud, long nTimeOut,
                              char* szHeadDir,
