@@ -1,4 +1,4 @@
-# Warnings for all code of the project; flags of the library alone.
+# Warnings for all code of the project; flags of the library alone; what instruments a whole build.
 add_library(ql_warnings INTERFACE)
 target_compile_options(ql_warnings INTERFACE
   -Wall -Wextra -Wshadow -Wconversion -Wsign-conversion -Wformat=2 -Wcast-align -Wundef -Werror
@@ -7,8 +7,39 @@ target_compile_options(ql_warnings INTERFACE
 set(QL_LIBRARY_FLAGS
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
   $<$<COMPILE_LANGUAGE:CXX>:-fno-threadsafe-statics>
-  -fvisibility=hidden -fno-semantic-interposition -fstack-protector-strong -fstack-clash-protection
-  $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=3>)
+  -fvisibility=hidden -fno-semantic-interposition -fstack-protector-strong -fstack-clash-protection)
 
 # Internal calls stay inside: names such as test, Check and CopyFile also exist in applications.
-set(QL_LIBRARY_LINK_FLAGS LINKER:-Bsymbolic-functions LINKER:--as-needed LINKER:-z,relro LINKER:-z,now LINKER:-z,defs)
+set(QL_LIBRARY_LINK_FLAGS LINKER:-Bsymbolic-functions LINKER:--as-needed LINKER:-z,relro LINKER:-z,now)
+
+set(QL_SANITIZE "" CACHE STRING "Sanitizers for everything built, such as address,undefined or thread")
+set(QL_CHAR "" CACHE STRING "What a plain char is, signed or unsigned; empty: what the machine has")
+option(QL_COVERAGE "Count which lines and branches the tests reach" OFF)
+
+if(QL_SANITIZE)
+  # The run-time library of a sanitizer checks what _FORTIFY_SOURCE would, and clang gives it to programs alone: a shared
+  # library is linked with its symbols missing.
+  set(QL_INSTRUMENTATION -fsanitize=${QL_SANITIZE})
+  set(ignored "")
+  if(CMAKE_CXX_COMPILER_ID STREQUAL Clang AND QL_SANITIZE MATCHES "undefined")
+    list(APPEND QL_INSTRUMENTATION -fsanitize=implicit-conversion,bounds,local-bounds)
+    set(ignored -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer_ignorelist.txt)
+  endif()
+  add_compile_options(${QL_INSTRUMENTATION} ${ignored} -fno-sanitize-recover=all -fno-omit-frame-pointer -g -O1
+                      -U_FORTIFY_SOURCE)
+  add_compile_definitions($<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
+  add_link_options(${QL_INSTRUMENTATION})
+else()
+  list(APPEND QL_LIBRARY_FLAGS $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=3>)
+  list(APPEND QL_LIBRARY_LINK_FLAGS LINKER:-z,defs)
+endif()
+
+if(QL_CHAR)
+  add_compile_options(-f${QL_CHAR}-char)
+endif()
+
+if(QL_COVERAGE)
+  # Two threads count, and two processes at once write the same files.
+  add_compile_options(--coverage -fprofile-update=atomic -O0 -g)
+  add_link_options(--coverage)
+endif()

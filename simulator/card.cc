@@ -66,7 +66,7 @@ char32_t TakeCharacter(std::string_view* text) {
                                          : 4;
   if (size == 0 || lead > 0xF4 || text->size() < size) throw std::invalid_argument("not UTF-8");
 
-  char32_t character = size == 1 ? lead : lead & (0x7F >> size);
+  char32_t character = size == 1 ? lead : lead & (0x7FU >> size);
   for (std::size_t i = 1; i < size; ++i) {
     if ((byte(i) & 0xC0) != 0x80) throw std::invalid_argument("not UTF-8");
     character = character << 6 | (byte(i) & 0x3F);
