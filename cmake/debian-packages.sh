@@ -1,6 +1,6 @@
 # Debian packages that the scripts need, and how they get them. Sourced by ./run, ./test and ./bench/run.
 #
-#   need_packages GROUP...   installs what is missing of the groups: build, test, arm64, package
+#   need_packages GROUP...   installs what is missing of the groups: build, test, arm64, package, screenshots
 #
 # With QL_INSTALL=no it only says what is missing and stops.
 
@@ -8,6 +8,7 @@ packages_build="g++ cmake ninja-build pkg-config libcjson-dev libusb-1.0-0-dev l
 packages_test="libgtest-dev umockdev libumockdev-dev python3"
 packages_vm="qemu-system-x86 qemu-system-arm binutils cpio"
 packages_package="doxygen debhelper dpkg-dev lintian abigail-tools scdoc fakeroot mmdebstrap"
+packages_screenshots="xvfb xterm imagemagick fonts-dejavu-core fonts-noto-cjk"
 packages_arm64="g++-aarch64-linux-gnu qemu-user-static libc6:arm64 libstdc++6:arm64 libcjson-dev:arm64
   libusb-1.0-0-dev:arm64 libpng-dev:arm64 libgtest-dev:arm64"
 
