@@ -3,63 +3,16 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace {
+using simulator::Kind;
 
-const std::vector<CardField> kChina = {
-    {"name",       0,   30},
-    {"sexCode",    30,  2 },
-    {"nationCode", 32,  4 },
-    {"birthday",   36,  16},
-    {"address",    52,  70},
-    {"cardId",     122, 36},
-    {"police",     158, 30},
-    {"validStart", 188, 16},
-    {"validEnd",   204, 16},
-    {"reserved",   220, 36},
-};
-
-const std::vector<CardField> kForeign = {
-    {"EngName",    0,   120},
-    {"sexCode",    120, 2  },
-    {"cardId",     122, 30 },
-    {"nationCode", 152, 6  },
-    {"name",       158, 30 },
-    {"validStart", 188, 16 },
-    {"validEnd",   204, 16 },
-    {"birthday",   220, 16 },
-    {"version",    236, 4  },
-    {"govCode",    240, 8  },
-    {"cardType",   248, 2  },
-    {"otherData",  250, 6  },
-};
-
-const std::vector<CardField> kGat = {
-    {"name",         0,   30},
-    {"sexCode",      30,  2 },
-    {"gatReserved1", 32,  4 },
-    {"birthday",     36,  16},
-    {"address",      52,  70},
-    {"cardId",       122, 36},
-    {"police",       158, 30},
-    {"validStart",   188, 16},
-    {"validEnd",     204, 16},
-    {"passNumber",   220, 18},
-    {"signTimes",    238, 4 },
-    {"gatReserved2", 242, 6 },
-    {"cardType",     248, 2 },
-    {"gatReserved3", 250, 6 },
-};
-
-}  // namespace
-
-const std::vector<CardField>& CardFields(RecordKind kind) {
+std::span<const CardField> CardFields(RecordKind kind) {
   switch (kind) {
     case RecordKind::kChina:
-      return kChina;
+      return simulator::TextFields(Kind::kResident);
     case RecordKind::kForeign:
-      return kForeign;
+      return simulator::TextFields(Kind::kForeigner);
     case RecordKind::kGat:
-      return kGat;
+      return simulator::TextFields(Kind::kPermit);
     default:
       throw std::invalid_argument("no card of this kind");
   }
@@ -69,7 +22,7 @@ Bytes CardText(RecordKind kind, const CardTexts& texts) {
   Bytes bytes;
   for (int unit = 0; unit < 128; ++unit) bytes.insert(bytes.end(), {' ', 0});
   for (const auto& [name, text] : texts) {
-    const auto& fields = CardFields(kind);
+    const auto fields = CardFields(kind);
     const auto field = std::find_if(fields.begin(), fields.end(),
                                     [&, wanted = name](const auto& f) { return f.name == wanted; });
     if (field == fields.end() || 2 * text.size() > field->size) throw std::invalid_argument(name);

@@ -4,22 +4,19 @@
 
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "simulator/card.h"
 #include "tests/carddata/record_fields.h"
 
 using Bytes = std::vector<std::uint8_t>;
 
-// A field in the card text, in bytes of UCS-2.
-struct CardField {
-  std::string name;
-  std::size_t offset;
-  std::size_t size;
-};
+using CardField = simulator::TextField;
 
-// The card text of a resident's, foreigner's or permit's card.
-const std::vector<CardField>& CardFields(RecordKind kind);
+// The fields of the card text of a resident's, foreigner's or permit's card.
+std::span<const CardField> CardFields(RecordKind kind);
 
 using CardTexts = std::map<std::string, std::u16string>;
 
