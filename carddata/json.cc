@@ -71,13 +71,14 @@ class JsonObject {
     ++count_;
   }
 
-  JsonText Print() {
+  // Null when there is no memory.
+  char* Print() {
     cJSON object = {};
     object.type = cJSON_Object;
     object.child = items_;
     // Enough for texts without escapes; the library makes room for the others.
     const std::size_t expected = values_size_ + count_ * sizeof "\n\t\"CardActivityStart\":\t\"\",";
-    return JsonText(cJSON_PrintBuffered(&object, static_cast<int>(expected), cJSON_True));
+    return cJSON_PrintBuffered(&object, static_cast<int>(expected), cJSON_True);
   }
 
  private:
@@ -134,30 +135,36 @@ int PhotoAsBase64(PhotoText* text) {
   return RET_PUB_SUCCESS;
 }
 
-int Pack(JsonFields fields, const void* record, int photo_as(PhotoText*), JsonText* text) {
+int Pack(JsonFields fields, const void* record, int photo_as(PhotoText*), JsonText* json) {
   JsonObject object;
   AddFields(fields, record, &object);
   if (s_bJsonPhotoData != 0) {
     PhotoText photo = {};
     if (const int result = photo_as(&photo)) return result;
     object.Add(kPhotoKey, photo.data(), photo.size());
-    s_bJsonPhotoData = 0;
   }
-  *text = object.Print();
-  return *text != nullptr ? RET_PUB_SUCCESS : -1;
+  json->text.reset(object.Print());
+  json->no_memory = json->text == nullptr;
+  if (json->no_memory) return -1;  // The next packer adds the photo.
+  s_bJsonPhotoData = 0;
+  return RET_PUB_SUCCESS;
 }
 
 // Packs a record and copies its text, without its zero, to an output buffer of QL_JSON_SIZE bytes.
-// `tail` zeros follow. A text that does not fit, with two bytes to spare, is not copied.
+// `tail` zeros follow. A text that does not fit, with two bytes to spare, is not copied. Where
+// there is no memory for the text, an empty one is written.
 template <typename Record>
 int PackInto(const Record& record, std::size_t tail, char* out) {
   if (out == nullptr) return -1;
-  JsonText text;
-  if (const int result = PackJson(record, &text)) return result;
-  const std::size_t length = std::strlen(text.get());
+  JsonText json;
+  if (const int result = PackJson(record, &json)) {
+    if (json.no_memory) out[0] = '\0';
+    return result;
+  }
+  const std::size_t length = std::strlen(json.text.get());
   if (length + 2 > QL_JSON_SIZE) return -1;
   std::memset(out, 0, length + tail);
-  std::memcpy(out, text.get(), length);
+  std::memcpy(out, json.text.get(), length);
   return RET_PUB_SUCCESS;
 }
 
@@ -218,33 +225,33 @@ int ReadPlain(const JsonTree& tree, JsonFields fields, int convert(const WithTem
 
 void FreeJsonText::operator()(char* text) const { cJSON_free(text); }
 
-int PackJson(const PERSONINFO_CHA_FP& record, JsonText* text) {
-  return Pack(kChinaJson, &record, PhotoAsHex, text);
+int PackJson(const PERSONINFO_CHA_FP& record, JsonText* json) {
+  return Pack(kChinaJson, &record, PhotoAsHex, json);
 }
 
-int PackJson(const PERSONINFO_FOR_FP& record, JsonText* text) {
-  return Pack(kForeignJson, &record, PhotoAsHex, text);
+int PackJson(const PERSONINFO_FOR_FP& record, JsonText* json) {
+  return Pack(kForeignJson, &record, PhotoAsHex, json);
 }
 
-int PackJson(const PERSONINFO_GAT_FP& record, JsonText* text) {
-  return Pack(kGatJson, &record, PhotoAsHex, text);
+int PackJson(const PERSONINFO_GAT_FP& record, JsonText* json) {
+  return Pack(kGatJson, &record, PhotoAsHex, json);
 }
 
-int PackJson(const PERSONINFO_COLLECT_FP& record, JsonText* text) {
-  return Pack(kCollectJson, &record, PhotoAsBase64, text);
+int PackJson(const PERSONINFO_COLLECT_FP& record, JsonText* json) {
+  return Pack(kCollectJson, &record, PhotoAsBase64, json);
 }
 
-int PackJson(const PERSONINFO_FP& record, JsonText* text) {
+int PackJson(const PERSONINFO_FP& record, JsonText* json) {
   PERSONINFO_FP person = record;
   if (person.cardType[0] == ' ') {
     PERSONINFO_CHA_FP china = {};
     if (const int result = ConverStruct(&china, nullptr, &person)) return result;
-    return PackJson(china, text);
+    return PackJson(china, json);
   }
   if (person.cardType[0] == 'I') {
     PERSONINFO_FOR_FP foreign = {};
     if (const int result = ConverStruct(nullptr, &foreign, &person)) return result;
-    return PackJson(foreign, text);
+    return PackJson(foreign, json);
   }
   return -1;
 }

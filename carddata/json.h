@@ -11,14 +11,17 @@
 struct FreeJsonText {
   void operator()(char* text) const;
 };
-using JsonText = std::unique_ptr<char[], FreeJsonText>;
+struct JsonText {
+  std::unique_ptr<char[], FreeJsonText> text;  // null unless a record was packed
+  bool no_memory = false;                      // that was why
+};
 
-// Each packs one record into `*text`. Returns 0, or a negative result and an empty `*text`.
-int PackJson(const PERSONINFO_CHA_FP& record, JsonText* text);
-int PackJson(const PERSONINFO_FOR_FP& record, JsonText* text);
-int PackJson(const PERSONINFO_GAT_FP& record, JsonText* text);
-int PackJson(const PERSONINFO_FP& record, JsonText* text);  // as the kind that `cardType` marks
-int PackJson(const PERSONINFO_COLLECT_FP& record, JsonText* text);
+// Each packs one record into a new `*json`. Returns 0, or a negative result and no text.
+int PackJson(const PERSONINFO_CHA_FP& record, JsonText* json);
+int PackJson(const PERSONINFO_FOR_FP& record, JsonText* json);
+int PackJson(const PERSONINFO_GAT_FP& record, JsonText* json);
+int PackJson(const PERSONINFO_FP& record, JsonText* json);  // as the kind that `cardType` marks
+int PackJson(const PERSONINFO_COLLECT_FP& record, JsonText* json);
 
 // As tFuncGetStringFromJson(), cut at `size` - 1 bytes.
 int GetJsonString(const char* json, const char* key, char* dest, std::size_t size);

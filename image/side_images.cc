@@ -31,7 +31,7 @@ int Compose(const char* name, const Side& side, const typename Kind::WithTemplat
   if (const int packed = PackJson(*record, &json)) {
     return side.packing_result ? packed : RET_BUSI_ID_CARD_TYPE_ERR;
   }
-  return side.composer(json.get(), path, pLogoMsg, flag);
+  return side.composer(json.text.get(), path, pLogoMsg, flag);
 }
 
 // The same for a record without templates.
