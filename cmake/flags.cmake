@@ -29,7 +29,7 @@ if(QL_SANITIZE)
                       -U_FORTIFY_SOURCE)
   add_compile_definitions($<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
   if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-    # g++ takes the instrumented <regex> of its own library for uninitialised. Interface options follow the warnings'.
+    # g++ takes the instrumented <regex> of its own library for uninitialised.
     target_compile_options(ql_warnings INTERFACE -Wno-maybe-uninitialized)
   endif()
   add_link_options(${QL_INSTRUMENTATION})
