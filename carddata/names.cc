@@ -297,11 +297,12 @@ constexpr std::uint32_t Key(const char* code) {
 }
 
 // The codes side by side, so that a look-up does not walk over the names.
-constexpr auto kCountryKeys = [] {
+constexpr auto CountryKeys() {
   std::array<std::uint32_t, std::size(s_COUNTRY)> keys = {};
   for (std::size_t row = 0; row < keys.size(); ++row) keys[row] = Key(s_COUNTRY[row].code);
   return keys;
-}();
+}
+constexpr auto kCountryKeys = CountryKeys();
 
 const NationName* FindNation(int code) {
   if (code >= 1 && code <= static_cast<int>(std::size(kNations))) return &kNations[code - 1];

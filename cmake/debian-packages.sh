@@ -1,6 +1,6 @@
 # Debian packages that the scripts need, and how they get them. Sourced by ./run, ./test and ./bench/run.
 #
-#   need_packages GROUP...   installs what is missing of the groups: build, test, arm64, package, screenshots
+#   need_packages GROUP...   installs what is missing of the groups: such as build, test or arm64, named below
 #
 # With QL_INSTALL=no it only says what is missing and stops.
 
@@ -11,6 +11,10 @@ packages_package="doxygen debhelper dpkg-dev lintian abigail-tools scdoc fakeroo
 packages_screenshots="xvfb xterm imagemagick fonts-dejavu-core fonts-noto-cjk"
 packages_arm64="g++-aarch64-linux-gnu qemu-user-static libc6:arm64 libstdc++6:arm64 libcjson-dev:arm64
   libusb-1.0-0-dev:arm64 libpng-dev:arm64 libgtest-dev:arm64"
+packages_clang="clang libclang-rt-14-dev"
+packages_sanitizers="valgrind cppcheck clang-tidy clang-tools"
+packages_sanitizers_arm64="libasan8:arm64 libubsan1:arm64"
+packages_coverage="gcovr"
 
 need_packages() {
     local group list missing=

@@ -12,6 +12,12 @@ add_custom_command(OUTPUT ${QL_PRIVATE_ROOT}
   DEPENDS ${PROJECT_SOURCE_DIR}/tests/testing/with_private_root.c)
 add_custom_target(private-root DEPENDS ${QL_PRIVATE_ROOT})
 
+# Seconds for one test. Instrumented and emulated programs take their time.
+set(QL_TEST_TIMEOUT 120)
+if(QL_SANITIZE OR QL_COVERAGE OR CMAKE_CROSSCOMPILING_EMULATOR)
+  set(QL_TEST_TIMEOUT 600)
+endif()
+
 function(ql_add_tests name)
   cmake_parse_arguments(arg "OBJECTS" "" "LIBRARIES" ${ARGN})
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
@@ -27,5 +33,6 @@ function(ql_add_tests name)
   add_dependencies(${name} private-root)
   set_target_properties(${name} PROPERTIES
     CROSSCOMPILING_EMULATOR "${QL_PRIVATE_ROOT};${CMAKE_CROSSCOMPILING_EMULATOR}")
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  # A test carries its program's name as a label: ctest -L reader_tests.
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${QL_TEST_TIMEOUT} LABELS ${name})
 endfunction()

@@ -78,7 +78,8 @@ HeapBytes MakeFile(const Headers& headers, const PixelRows& rows, const unsigned
 }  // namespace
 
 void Convert2RGBData(const unsigned char* src, int width, int height, unsigned char* dst) {
-  for (std::int64_t left = std::int64_t{width} * height; left > 0; --left) {
+  const std::int64_t pixels = static_cast<std::int64_t>(width) * height;
+  for (std::int64_t i = 0; i < pixels; ++i) {
     dst[0] = src[2];
     dst[1] = src[1];
     dst[2] = src[0];

@@ -23,7 +23,7 @@ constexpr std::size_t kGuardSize = 0x10000;
 constexpr unsigned char kGuardByte = 0xA5;
 
 constexpr int kDecoderMode = 608;  // the decoder's third argument; it takes no other
-using Unpack = int(const unsigned char* photo, unsigned char* pixels, int mode);
+using Unpack = int (*)(const unsigned char* photo, unsigned char* pixels, int mode);
 
 HeapBytes GuardedPixels() {
   HeapBytes pixels = ZeroedHeap(kPixelsSize + kGuardSize);
@@ -36,7 +36,7 @@ bool GuardIsWhole(const HeapBytes& pixels) {
   return std::all_of(guard, guard + kGuardSize, [](unsigned char b) { return b == kGuardByte; });
 }
 
-int DecodeTo(const char* bmpPath, Unpack* unpack, const unsigned char* photo) {
+int DecodeTo(const char* bmpPath, Unpack unpack, const unsigned char* photo) {
   const HeapBytes pixels = GuardedPixels();
   if (pixels == nullptr) return 0;
 
@@ -57,7 +57,7 @@ int DecodeTo(const char* bmpPath, Unpack* unpack, const unsigned char* photo) {
 int LoadAndDecodeTo(const char* bmpPath, const char* library_path, const unsigned char* photo) {
   const Library library(dlopen(library_path, RTLD_NOW));
   if (library == nullptr) return 0;
-  auto* const unpack = reinterpret_cast<Unpack*>(dlsym(library.get(), "unpack"));
+  auto* const unpack = reinterpret_cast<Unpack>(dlsym(library.get(), "unpack"));
   if (unpack == nullptr) return 0;
 
   const int result = DecodeTo(bmpPath, unpack, photo);

@@ -9,10 +9,10 @@
 
 namespace {
 
-using Composer = int(const char* json, const char* path, const char* pLogoMsg, int flag);
+using Composer = int (*)(const char* json, const char* path, const char* pLogoMsg, int flag);
 
 struct Side {
-  Composer* composer;
+  Composer composer;
   // What is returned for a record that cannot be packed: -2004, or the packer's negative result.
   bool packing_result;
 };

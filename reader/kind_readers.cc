@@ -51,6 +51,7 @@ struct CommonSteps {
 
 struct ChinaSteps : CommonSteps {
   // On purpose: a card of another kind leaves what it decodes to in the record.
+  // cppcheck-suppress duplInheritedMember; hidden as CommonSteps says.
   static constexpr bool kDecodesFirst = true;
   static bool Accepts(int kind) { return kind == kResident; }
   static void Decode(int, int bFinger, const NativeData& native, PERSONINFO_CHA_FP* record) {
