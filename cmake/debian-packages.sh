@@ -12,6 +12,7 @@ packages_screenshots="xvfb xterm imagemagick fonts-dejavu-core fonts-noto-cjk"
 packages_arm64="g++-aarch64-linux-gnu qemu-user-static libc6:arm64 libstdc++6:arm64 libcjson-dev:arm64
   libusb-1.0-0-dev:arm64 libpng-dev:arm64 libgtest-dev:arm64"
 packages_clang="clang libclang-rt-14-dev"
+packages_fuzz="clang libclang-rt-14-dev"
 packages_sanitizers="valgrind cppcheck clang-tidy clang-tools"
 packages_sanitizers_arm64="libasan8:arm64 libubsan1:arm64"
 packages_coverage="gcovr"

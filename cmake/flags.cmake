@@ -38,6 +38,13 @@ else()
   list(APPEND QL_LIBRARY_LINK_FLAGS LINKER:-z,defs)
 endif()
 
+if(QL_BUILD_FUZZERS)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    message(FATAL_ERROR "The fuzz targets need clang")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(QL_CHAR)
   add_compile_options(-f${QL_CHAR}-char)
 endif()

@@ -4,14 +4,6 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
-find_program(QL_HOST_CC NAMES cc gcc REQUIRED NO_CMAKE_FIND_ROOT_PATH)
-set(QL_PRIVATE_ROOT ${PROJECT_BINARY_DIR}/with-private-root)
-add_custom_command(OUTPUT ${QL_PRIVATE_ROOT}
-  COMMAND ${QL_HOST_CC} -std=gnu11 -O1 -Wall -Wextra -Werror -o ${QL_PRIVATE_ROOT}
-          ${PROJECT_SOURCE_DIR}/tests/testing/with_private_root.c
-  DEPENDS ${PROJECT_SOURCE_DIR}/tests/testing/with_private_root.c)
-add_custom_target(private-root DEPENDS ${QL_PRIVATE_ROOT})
-
 # Seconds for one test. Instrumented and emulated programs take their time.
 set(QL_TEST_TIMEOUT 120)
 if(QL_SANITIZE OR QL_COVERAGE OR CMAKE_CROSSCOMPILING_EMULATOR)
