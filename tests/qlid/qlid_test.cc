@@ -1,5 +1,4 @@
 // qlid from outside: what it prints where, its exit status, its files.
-#include <cjson/cJSON.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -8,41 +7,10 @@
 #include <filesystem>
 #include <memory>
 
-#include "simulator/tty_reader.h"
+#include "tests/qlid/bench.h"
 #include "tests/testing/private_root.h"
-#include "tests/testing/program.h"
 
 namespace {
-
-std::vector<std::string> Qlid(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), QLID_PROGRAM);
-  return arguments;
-}
-
-Output RunQlid(std::vector<std::string> arguments,
-               const std::vector<std::string>& environment = {}) {
-  return RunProgram(Qlid(std::move(arguments)), environment);
-}
-
-using Json = std::unique_ptr<cJSON, decltype(&cJSON_Delete)>;
-
-Json Parse(const std::string& text) { return {cJSON_Parse(text.c_str()), cJSON_Delete}; }
-
-std::string Member(const cJSON* object, const char* key) {
-  const cJSON* item = cJSON_GetObjectItemCaseSensitive(object, key);
-  if (cJSON_IsString(item)) return item->valuestring;
-  if (cJSON_IsBool(item)) return cJSON_IsTrue(item) ? "true" : "false";
-  if (cJSON_IsNumber(item)) return std::to_string(item->valueint);
-  return "";
-}
-
-const cJSON* Child(const Json& document, const char* key) {
-  return cJSON_GetObjectItemCaseSensitive(document.get(), key);
-}
-
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
 
 int Mode(const std::string& path) {
   struct stat status = {};
@@ -50,21 +18,6 @@ int Mode(const std::string& path) {
 }
 
 std::string Text(const simulator::Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
-
-// A simulated reader with a specimen card, and the arguments that read it.
-struct Bench {
-  explicit Bench(const std::string& id = "resident", bool fingerprints = false)
-      : card(simulator::MakeCard(id, fingerprints)) {
-    reader.PutCard(card);
-  }
-  std::vector<std::string> Read(std::vector<std::string> more = {}) const {
-    std::vector<std::string> arguments = {"read", "--device", reader.path()};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return arguments;
-  }
-  simulator::Card card;
-  simulator::TtyReader reader;
-};
 
 void InstallSpecimenDecoder() { std::filesystem::copy_file(SPECIMEN_DECODER, kDecoderFile); }
 
@@ -458,7 +411,9 @@ TEST(Qlid, PrintsHelpAndVersionToStandardOutput) {
   EXPECT_EQ(0, help.exit);
   EXPECT_TRUE(Contains(help.out, "demo"));
   EXPECT_EQ(0, version.exit);
-  EXPECT_EQ("qlid 1.0.0\n", version.out);
+  EXPECT_EQ(0U, version.out.find("qlid 1.0.0\nlibquillonid 1.0.0 (libquillonid.so.1), libusb 1."))
+      << version.out;
+  EXPECT_TRUE(Contains(version.out, std::string(", cJSON ") + cJSON_Version())) << version.out;
 }
 
 TEST(QlidDevices, AsksASerialPortWhetherItIsAReader) {

@@ -47,3 +47,13 @@ TEST(QlidOnUsb, SaysThatThereIsNoCard) {
 TEST(QlidOnUsb, SaysThatThePlugWasPulled) {
   EXPECT_EQ(4, OnUsb({"--fault", "hang-up=700"}, {"read", "--timeout", "2"}).exit);
 }
+
+TEST(QlidOnUsb, DoctorAsksTheReaderAndFindsItsCard) {
+  const Output doctor = OnUsb({}, {"doctor"});
+
+  EXPECT_NE(std::string::npos, doctor.out.find("reader 0403:bcd5 on bus 1, device 2"))
+      << doctor.out;
+  EXPECT_NE(std::string::npos, doctor.out.find("\"HID\" opened in ")) << doctor.out;
+  EXPECT_NE(std::string::npos, doctor.out.find("a card was found and selected (not read)"))
+      << doctor.out;
+}

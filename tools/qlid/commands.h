@@ -57,6 +57,13 @@ struct DemoOptions {
 };
 int DemoCommand(const DemoOptions& options);
 
+struct DoctorOptions {
+  ReadRequest request;  // an empty device: a USB reader, where there is one
+  bool json = false;
+  bool print_udev_rules = false;
+};
+int DoctorCommand(const DoctorOptions& options);
+
 int ExplainCommand(const std::string& code);
 
 }  // namespace qlid

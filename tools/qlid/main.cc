@@ -9,6 +9,7 @@
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
+#include "tools/qlid/versions.h"
 
 namespace qlid {
 namespace {
@@ -19,6 +20,7 @@ struct CommandLine {
   DecodeOptions decode;
   SimulateOptions simulate;
   DemoOptions demo;
+  DoctorOptions doctor;
   std::string explain;
   std::string language;
   std::string color = "auto";
@@ -125,6 +127,23 @@ void AddSimulate(CLI::App& app, CommandLine* line) {
   simulate->add_flag("--trace", line->simulate.trace, "Show what travels");
 }
 
+void AddDoctor(CLI::App& app, CommandLine* line) {
+  CLI::App* doctor = app.add_subcommand("doctor", "Find out why reading does not work");
+  ReadRequest& request = line->doctor.request;
+  request.device.clear();
+  doctor
+      ->add_option("--device,-d", request.device,
+                   "Ask this reader: \"HID\", or a serial port such as /dev/ttyUSB0")
+      ->envname("QLID_DEVICE");
+  doctor->add_option("--baud,-b", request.baud, "Serial speed in bit/s")
+      ->envname("QLID_BAUD")
+      ->capture_default_str();
+  AddUsbIds(doctor, &request.usb_ids);
+  doctor->add_flag("--json", line->doctor.json, "One JSON document on standard output");
+  doctor->add_flag("--print-udev-rules", line->doctor.print_udev_rules,
+                   "Print the udev rules for the known USB readers");
+}
+
 void AddExplain(CLI::App& app, CommandLine* line) {
   CLI::App* explain = app.add_subcommand("explain", "What a result code means and what to do");
   explain->add_option("CODE", line->explain, "Published result code, such as -5")->required();
@@ -176,6 +195,7 @@ int Run(const CLI::App& app, const CommandLine& line) {
   Settle(line);
   if (app.got_subcommand("demo")) return DemoCommand(line.demo);
   if (app.got_subcommand("devices")) return DevicesCommand(line.devices);
+  if (app.got_subcommand("doctor")) return DoctorCommand(line.doctor);
   if (app.got_subcommand("read"))
     return line.read.watch ? WatchCommand(line.read) : ReadCommand(line.read);
   if (app.got_subcommand("decode")) return DecodeCommand(line.decode);
@@ -190,7 +210,7 @@ int Main(int argc, char** argv) {
   SetLanguage(LanguageOfEnvironment());
   CommandLine line;
   CLI::App app("Read Chinese identity documents through a desktop reader.", "qlid");
-  app.set_version_flag("--version", "qlid " QLID_VERSION);
+  app.set_version_flag("--version", VersionText);
   app.add_option("--lang", line.language, "Language of messages")
       ->check(CLI::IsMember({"en", "zh"}));
   app.add_option("--color", line.color, "Colour on the terminal")
@@ -198,6 +218,7 @@ int Main(int argc, char** argv) {
       ->capture_default_str();
   AddDemo(app, &line);
   AddDevices(app, &line);
+  AddDoctor(app, &line);
   AddRead(app, &line);
   AddDecode(app, &line);
   AddSimulate(app, &line);

@@ -43,18 +43,8 @@ void FillCard(const ReadRequest& request, Card* card) {
                              : CardKind::kUnknown;
 }
 
-void Settle(const ReadRequest& request) {
-  for (std::size_t i = 0; i < request.usb_ids.size(); ++i) {
-    UsbIdText id = {};
-    if (ParseUsbId(request.usb_ids[i], &id)) {
-      APP_ID_AddHID(static_cast<int>(i), static_cast<int>(id.product), static_cast<int>(id.vendor));
-    }
-  }
-  QL_APP_Id_RaiseBaundFlag(request.raise_baud ? 1 : 0);
-}
-
 int RunRead(const ReadRequest& request, PERSONINFO_COLLECT_FP* record) {
-  Settle(request);
+  SettleLibrary(request);
   APP_ID_SetSearchDirect(request.search_direct ? 1 : 0);
   APP_ID_SetOneInstrReadInfo(request.one_command ? 1 : 0);
   // No photo path: the text never waits for the decoder.
@@ -131,19 +121,33 @@ Reading ReadCard(const ReadRequest& request) {
   return reading;
 }
 
-ReaderState AskReader(const ReadRequest& request) {
-  Settle(request);
-  if (tFuncOpenDevice(request.device.c_str(), "", static_cast<int>(request.baud), 0, 1) != 0) {
-    return ReaderState::kNotOpened;
+void SettleLibrary(const ReadRequest& request) {
+  for (std::size_t i = 0; i < request.usb_ids.size(); ++i) {
+    UsbIdText id = {};
+    if (ParseUsbId(request.usb_ids[i], &id)) {
+      APP_ID_AddHID(static_cast<int>(i), static_cast<int>(id.product), static_cast<int>(id.vendor));
+    }
   }
+  QL_APP_Id_RaiseBaundFlag(request.raise_baud ? 1 : 0);
+}
+
+bool IsAnswering() {
   // The device check reads until its answer is complete, so it needs the test that tells when that
   // is.
   COMM_Zel_SetEndCondition(IdEndCondition);
   COMM_Zel_ChageReadTimeOut(1);
   const int answered = CheckDevice();
+  return answered > 0 || answered == RET_BUSI_ID_DEVICE_CHECK_ERR;
+}
+
+ReaderState AskReader(const ReadRequest& request) {
+  SettleLibrary(request);
+  if (tFuncOpenDevice(request.device.c_str(), "", static_cast<int>(request.baud), 0, 1) != 0) {
+    return ReaderState::kNotOpened;
+  }
+  const bool answering = IsAnswering();
   tFuncCloseDevice();
-  return answered > 0 || answered == RET_BUSI_ID_DEVICE_CHECK_ERR ? ReaderState::kReady
-                                                                  : ReaderState::kSilent;
+  return answering ? ReaderState::kReady : ReaderState::kSilent;
 }
 
 }  // namespace qlid

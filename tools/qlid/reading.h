@@ -36,7 +36,13 @@ Reading ReadCard(const ReadRequest& request);
 
 enum class ReaderState { kNotOpened, kSilent, kReady };
 
-// Sends the device check once, to tell a silent reader from a missing card.
+// Applies the settings of a request to the library.
+void SettleLibrary(const ReadRequest& request);
+
+// Sends the device check once to the open reader.
+bool IsAnswering();
+
+// Opens the reader and sends the device check once, to tell a silent reader from a missing card.
 ReaderState AskReader(const ReadRequest& request);
 
 }  // namespace qlid

@@ -1,0 +1,142 @@
+// doctor: the reader itself, asked through the library.
+#include <chrono>
+
+#include "quillonid/link.h"
+#include "quillonid/reader.h"
+#include "tools/qlid/checks.h"
+#include "tools/qlid/holders.h"
+#include "tools/qlid/permission.h"
+#include "tools/qlid/terminal.h"
+
+namespace qlid {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+bool IsUsb(const ReadRequest& request) { return request.device.rfind("/dev", 0) != 0; }
+
+std::string NameOf(const ReadRequest& request) {
+  return IsUsb(request)
+             ? "\"" + request.device + "\""
+             : Format(Tr("%s at %ld bit/s", "%s，%ld 波特"), request.device.c_str(), request.baud);
+}
+
+Check NotOpened(const ReadRequest& request) {
+  Check check = {Verdict::kFail,
+                 "open",
+                 Format(Tr("%s cannot be opened", "无法打开 %s"), NameOf(request).c_str()),
+                 {}};
+  if (IsUsb(request)) {
+    check.remedy = {Tr("see group USB above", "见上面的 USB 组")};
+    return check;
+  }
+  const Holders holders = HoldersOf(request.device);
+  if (NodeOwner(request.device).empty()) {
+    check.text = Format(Tr("there is no %s", "没有 %s"), request.device.c_str());
+    check.remedy = {Tr("ports here: qlid devices", "本机端口：qlid devices")};
+  } else if (!holders.list.empty()) {
+    check.text +=
+        Format(Tr("; it is open in %s", "；已被 %s 打开"), HolderText(holders.list).c_str());
+    check.remedy = {Tr("end that program, or let it do the reading", "结束该程序，或由它读卡")};
+  } else {
+    check.text += "; " + PermissionText(request.device);
+    check.remedy = SerialRemedy(request.device);
+  }
+  return check;
+}
+
+Check Silent(const ReadRequest& request) {
+  Check check = {Verdict::kFail,
+                 "answer",
+                 Format(Tr("%s was opened and did not answer", "%s 已打开但没有应答"),
+                        NameOf(request).c_str()),
+                 {}};
+  check.remedy = {IsUsb(request)
+                      ? Tr("unplug the reader and plug it in again", "拔出读卡器后重新插入")
+                      : Format(Tr("try the other speed: --baud %d; check cable and power",
+                                  "换一个波特率：--baud %d；检查线缆和电源"),
+                               request.baud == 9600 ? 115200 : 9600)};
+  return check;
+}
+
+// Searches once and selects; the card is not read.
+Check FindCard() {
+  constexpr int kSearchSeconds = 1;
+  if (SearchCardOneTime(kSearchSeconds) == 0 && SelectIDCardOneTime() == 0) {
+    return {Verdict::kOk,
+            "card",
+            Tr("a card was found and selected (not read)", "已找到并选中卡片（未读取）"),
+            {}};
+  }
+  return {Verdict::kSkip,
+          "card",
+          Tr("no card lies on the reader; put one there to have it found",
+             "读卡器上没有卡片；放上卡片后可检查寻卡"),
+          {}};
+}
+
+void Ask(const ReadRequest& request, CheckGroup* group) {
+  SettleLibrary(request);
+  const Clock::time_point start = Clock::now();
+  if (tFuncOpenDevice(request.device.c_str(), "", static_cast<int>(request.baud), 0, 1) != 0) {
+    group->checks.push_back(NotOpened(request));
+    group->checks.push_back({Verdict::kSkip,
+                             "answer",
+                             Tr("not asked: it could not be opened", "未询问：无法打开"),
+                             {}});
+    return;
+  }
+  const double opened = SecondsSince(start);
+  group->checks.push_back(
+      {Verdict::kOk,
+       "open",
+       Format(Tr("%s opened in %.1f s", "%s 打开用时 %.1f 秒"), NameOf(request).c_str(), opened),
+       {}});
+  const Clock::time_point asked = Clock::now();
+  if (IsAnswering()) {
+    group->checks.push_back(
+        {Verdict::kOk,
+         "answer",
+         Format(Tr("card module ready, answered in %.0f ms", "安全模块就绪，应答用时 %.0f 毫秒"),
+                SecondsSince(asked) * 1000),
+         {}});
+    group->checks.push_back(FindCard());
+  } else {
+    group->checks.push_back(Silent(request));
+    group->checks.push_back({Verdict::kSkip,
+                             "card",
+                             Tr("not looked for: the reader is silent", "未寻卡：读卡器无应答"),
+                             {}});
+  }
+  tFuncCloseDevice();
+}
+
+}  // namespace
+
+CheckGroup CheckReader(const ReaderToAsk& reader) {
+  CheckGroup group = {"reader", Tr("Reader", "读卡器"), {}};
+  if (reader.named || reader.usb_ready) {
+    Ask(reader.request, &group);
+  } else if (!reader.any) {
+    group.checks.push_back(
+        {Verdict::kFail,
+         "open",
+         Tr("there is neither a USB reader nor a serial port", "既没有 USB 读卡器也没有串口"),
+         {Tr("plug the reader in; in a virtual machine, pass it through",
+             "插入读卡器；虚拟机中请直通设备")}});
+  } else {
+    group.checks.push_back(
+        {Verdict::kSkip,
+         "open",
+         Tr("not asked: no USB reader could be opened", "未询问：没有可打开的 USB 读卡器"),
+         {Tr("A serial one: qlid doctor --device /dev/ttyS0 --baud 115200",
+             "串口读卡器：qlid doctor --device /dev/ttyS0 --baud 115200")}});
+  }
+  return group;
+}
+
+}  // namespace qlid
