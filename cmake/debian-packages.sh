@@ -16,6 +16,8 @@ packages_fuzz="clang libclang-rt-14-dev"
 packages_sanitizers="valgrind cppcheck clang-tidy clang-tools"
 packages_sanitizers_arm64="libasan8:arm64 libubsan1:arm64"
 packages_coverage="gcovr"
+packages_bench="libbenchmark-dev libicu-dev libssl-dev libglib2.0-dev libmodpbase64-dev rapidjson-dev nlohmann-json3-dev
+  libspdlog-dev binutils"
 
 need_packages() {
     local group list missing=
