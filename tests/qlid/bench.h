@@ -3,6 +3,7 @@
 #define QUILLONID_TESTS_QLID_BENCH_H
 
 #include <cjson/cJSON.h>
+#include <sys/stat.h>
 
 #include <memory>
 #include <string>
@@ -41,6 +42,14 @@ inline std::string Member(const cJSON* object, const char* key) {
 inline const cJSON* Child(const Json& document, const char* key) {
   return cJSON_GetObjectItemCaseSensitive(document.get(), key);
 }
+
+// Permission bits of a file, or -1.
+inline int Mode(const std::string& path) {
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0 ? static_cast<int>(status.st_mode & 0777) : -1;
+}
+
+inline std::string Text(const simulator::Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
 
 // A simulated reader with a specimen card, and the arguments that read it.
 struct Bench {

@@ -1,7 +1,6 @@
 // qlid from outside: what it prints where, its exit status, its files.
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -11,13 +10,6 @@
 #include "tests/testing/private_root.h"
 
 namespace {
-
-int Mode(const std::string& path) {
-  struct stat status = {};
-  return stat(path.c_str(), &status) == 0 ? static_cast<int>(status.st_mode & 0777) : -1;
-}
-
-std::string Text(const simulator::Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
 
 void InstallSpecimenDecoder() { std::filesystem::copy_file(SPECIMEN_DECODER, kDecoderFile); }
 

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "quillonid/carddata.h"
+#include "tools/qlid/byte_meanings.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -146,7 +147,7 @@ const char* KindText(CardKind kind) {
 }
 
 bool DecodeCard(const std::vector<std::uint8_t>& native, Card* card, std::string* problem) {
-  if (native.size() != 1295 && native.size() != 1297 && native.size() != 2321) {
+  if (!IsAnswerSize(native.size())) {
     *problem = Format(Tr("%zu bytes; an answer has 1295, 1297 or 2321",
                          "%zu 字节；应答应为 1295、1297 或 2321 字节"),
                       native.size());

@@ -37,6 +37,7 @@ int DevicesCommand(const DevicesOptions& options);
 
 struct DecodeOptions {
   std::string file;
+  bool explain = false;  // byte for byte
   OutputOptions output;
 };
 int DecodeCommand(const DecodeOptions& options);

@@ -107,6 +107,7 @@ void AddDecode(CLI::App& app, CommandLine* line) {
       ->add_option("FILE", line->decode.file,
                    "Native data, as qlid read --native saves it; - for standard input")
       ->required();
+  decode->add_flag("--explain", line->decode.explain, "Every byte's meaning");
   AddOutput(decode, &line->decode.output);
 }
 

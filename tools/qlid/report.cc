@@ -98,7 +98,8 @@ Report UsageReport(const std::string& what, const std::string& next) {
 }
 
 void PrintReport(const Report& report) {
-  const std::string code = report.exit == kExitUsage ? "" : Format(" (%d)", report.code);
+  const std::string code =
+      report.exit == kExitUsage || !report.tell_code ? "" : Format(" (%d)", report.code);
   std::fprintf(stderr, "%s %s%s\n", Paint(Ink::kRed, "qlid:", 2).c_str(), report.what.c_str(),
                code.c_str());
   int width = 6;

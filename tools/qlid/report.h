@@ -17,6 +17,7 @@ struct Report {
   int exit = 0;
   std::string what;
   std::vector<Row> rows;
+  bool tell_code = true;  // behind `what`
 };
 
 // A wrong use of the command line.
