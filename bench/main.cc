@@ -38,5 +38,7 @@ int main(int argc, char** argv) {
   }
   bench::Table table;
   bench::AddTextRows(table);
+  bench::AddCardRows(table);
+  bench::AddLogRows(table);
   return table.Run(options);
 }

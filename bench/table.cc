@@ -6,6 +6,8 @@
 #include <map>
 #include <memory>
 
+#include "bench/files.h"
+
 namespace bench {
 namespace {
 
@@ -79,9 +81,11 @@ bool IsMissed(const Row& row, const Result& result) {
 
 // False, with a word on the error output, when a way gives other bytes than the first.
 bool WaysAgree(const Row& row) {
+  row.Prepare();
   const std::string expected = row.ways().front().result();
   bool agree = true;
   for (const Way& way : row.ways()) {
+    row.Prepare();
     const std::string got = way.result();
     if (got == expected) continue;
     const auto differs = std::mismatch(got.begin(), got.end(), expected.begin(), expected.end());
@@ -172,6 +176,12 @@ void PrintPlain(const Cells& cells) {
 }
 
 }  // namespace
+
+Row::Row(std::string id, std::string title, Limits limits)
+    : id_(std::move(id)),
+      title_(std::move(title)),
+      limits_(limits),
+      prepare_(std::make_shared<std::function<void()>>([] { SetLogging(Logging::kNoFile); })) {}
 
 Row& Table::NewRow(const std::string& id, const std::string& title, Limits limits) {
   rows_.push_back(std::make_unique<Row>(id, title, limits));

@@ -36,8 +36,13 @@ struct Limits {
 
 class Row {
  public:
-  Row(std::string id, std::string title, Limits limits)
-      : id_(std::move(id)), title_(std::move(title)), limits_(limits) {}
+  Row(std::string id, std::string title, Limits limits);
+
+  // Called before each repetition. Without one, logging is off and there is no configuration file.
+  Row& Before(std::function<void()> prepare) {
+    *prepare_ = std::move(prepare);
+    return *this;
+  }
 
   // `work` does the row's work and is called over and over; `result` gives what it made, as bytes.
   // The time is the processor time of the calling thread.
@@ -48,7 +53,8 @@ class Row {
                        return std::string(result());
                      }});
     benchmark::RegisterBenchmark(BenchmarkName(name).c_str(),
-                                 [work](benchmark::State& state) mutable {
+                                 [work, prepare = prepare_](benchmark::State& state) mutable {
+                                   (*prepare)();
                                    for (auto _ : state) {
                                      work();
                                      benchmark::ClobberMemory();
@@ -78,6 +84,7 @@ class Row {
   const std::string& title() const { return title_; }
   const Limits& limits() const { return limits_; }
   const std::vector<Way>& ways() const { return ways_; }
+  void Prepare() const { (*prepare_)(); }
   bool wall_time() const { return wall_time_; }
   std::string BenchmarkName(const std::string& way) const { return id_ + "/" + way; }
 
@@ -87,6 +94,7 @@ class Row {
   Limits limits_;
   std::vector<Way> ways_;
   bool wall_time_ = false;
+  std::shared_ptr<std::function<void()>> prepare_;
 };
 
 // A figure that is counted, not timed.
@@ -122,6 +130,8 @@ class Table {
 
 // The rows, by subject.
 void AddTextRows(Table& table);
+void AddCardRows(Table& table);
+void AddLogRows(Table& table);
 
 }  // namespace bench
 
