@@ -4,8 +4,9 @@
 #include "quillonid/link.h"
 #include "quillonid/reader.h"
 #include "tools/qlid/checks.h"
-#include "tools/qlid/holders.h"
+#include "tools/qlid/node_watch.h"
 #include "tools/qlid/permission.h"
+#include "tools/qlid/read_failure.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -17,7 +18,7 @@ double SecondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-bool IsUsb(const ReadRequest& request) { return request.device.rfind("/dev", 0) != 0; }
+bool IsUsb(const ReadRequest& request) { return !IsSerial(request.device); }
 
 std::string NameOf(const ReadRequest& request) {
   return IsUsb(request)
@@ -26,25 +27,23 @@ std::string NameOf(const ReadRequest& request) {
 }
 
 Check NotOpened(const ReadRequest& request) {
-  Check check = {Verdict::kFail,
-                 "open",
+  const OpenProblem problem = ExplainOpening(request);
+  Check check = {Verdict::kFail, "open",
                  Format(Tr("%s cannot be opened", "无法打开 %s"), NameOf(request).c_str()),
-                 {}};
-  if (IsUsb(request)) {
-    check.remedy = {Tr("see group USB above", "见上面的 USB 组")};
-    return check;
-  }
-  const Holders holders = HoldersOf(request.device);
-  if (NodeOwner(request.device).empty()) {
-    check.text = Format(Tr("there is no %s", "没有 %s"), request.device.c_str());
-    check.remedy = {Tr("ports here: qlid devices", "本机端口：qlid devices")};
-  } else if (!holders.list.empty()) {
-    check.text +=
-        Format(Tr("; it is open in %s", "；已被 %s 打开"), HolderText(holders.list).c_str());
-    check.remedy = {Tr("end that program, or let it do the reading", "结束该程序，或由它读卡")};
-  } else {
-    check.text += "; " + PermissionText(request.device);
-    check.remedy = SerialRemedy(request.device);
+                 problem.next};
+  switch (problem.failure) {
+    case OpenFailure::kNoNode:
+      if (!IsUsb(request))
+        check.text = Format(Tr("there is no %s", "没有 %s"), request.device.c_str());
+      break;
+    case OpenFailure::kNoPermission:
+      check.text += "; " + PermissionText(problem.node);
+      break;
+    case OpenFailure::kHeld:
+      check.text += Format(Tr("; it is open in %s", "；已被 %s 打开"), problem.holders.c_str());
+      break;
+    case OpenFailure::kOther:
+      break;
   }
   return check;
 }

@@ -1,6 +1,7 @@
 #include "tools/qlid/holders.h"
 
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr unsigned kMemoryDevices = 1;   // major number of /dev/null and its like
 constexpr char kMultiplexer[] = "ptmx";  // far end of every pseudo-terminal
 
 std::string NameOf(const fs::path& process) {
@@ -66,6 +68,7 @@ Holders HoldersOf(const std::string& node) {
   Holders holders;
   struct stat status = {};
   if (stat(node.c_str(), &status) != 0 || !S_ISCHR(status.st_mode)) return holders;
+  if (major(status.st_rdev) == kMemoryDevices) return holders;
   std::error_code none;
   const bool pseudo_terminal = fs::canonical(node, none).string().rfind("/dev/pts/", 0) == 0;
   for (const fs::path& process : Processes()) {

@@ -15,7 +15,9 @@
 #include "quillonid/link.h"
 #include "quillonid/quillonid.h"
 #include "quillonid/reader.h"
+#include "quillonid/results.h"
 #include "tools/qlid/devices.h"
+#include "tools/qlid/node_watch.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
 
@@ -91,6 +93,7 @@ Reading ReadCard(const ReadRequest& request) {
   });
 
   StatusLine status;
+  NodeWatch node(request);
   bool cancelling = false;
   while (!done) {
     const int signal = WaitForSignal(cancelling ? 100 : 50);
@@ -102,7 +105,7 @@ Reading ReadCard(const ReadRequest& request) {
                    Tr("cancelling (a USB read ends within 5 s; Ctrl-C again to leave at once)",
                       "正在取消（USB 读取在 5 秒内结束；再按 Ctrl-C 立即退出）"));
     }
-    if (cancelling) {
+    if (cancelling || node.IsGone()) {
       // A cancel between two commands of the read is missed: ask until the read has ended.
       APP_ID_CancelRead();
     } else {
@@ -116,6 +119,11 @@ Reading ReadCard(const ReadRequest& request) {
     }
   }
   library.join();
+  if (!cancelling && node.IsGone()) {
+    reading.gone_node = node.node();
+    reading.gone_since = node.since();
+    if (reading.result == QL_CANCELLED) reading.result = QL_TIMEOUT;
+  }
   reading.elapsed_ms = MillisecondsSince(start);
   if (reading.result == QL_SUCCESS) FillCard(request, &reading.card);
   return reading;

@@ -24,6 +24,9 @@ struct Reading {
   int result = 0;  // published code
   Card card;
   long elapsed_ms = 0;
+  // Set when the device node went away during the read, which ends it with -5.
+  std::string gone_node;
+  std::string gone_since;  // clock time
 };
 
 // SIGINT, SIGTERM and SIGHUP come to WaitForSignal() from here on. Call before any thread starts.

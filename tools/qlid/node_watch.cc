@@ -1,0 +1,60 @@
+#include "tools/qlid/node_watch.h"
+
+#include <unistd.h>
+
+#include <ctime>
+
+#include "tools/qlid/devices.h"
+#include "tools/qlid/terminal.h"
+
+namespace qlid {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenLooks(250);
+
+std::vector<UsbIdText> IdsOf(const ReadRequest& request) {
+  std::vector<UsbIdText> ids = KnownIds();
+  for (const std::string& text : request.usb_ids) {
+    UsbIdText id = {};
+    if (ParseUsbId(text, &id)) ids.push_back(id);
+  }
+  return ids;
+}
+
+bool Exists(const std::string& node) { return access(node.c_str(), F_OK) == 0; }
+
+std::string ClockTime() {
+  const time_t now = std::time(nullptr);
+  tm local = {};
+  localtime_r(&now, &local);
+  return Format("%02d:%02d:%02d", local.tm_hour, local.tm_min, local.tm_sec);
+}
+
+}  // namespace
+
+bool IsSerial(const std::string& device) { return device.rfind("/dev", 0) == 0; }
+
+std::string NodeOf(const ReadRequest& request) {
+  if (IsSerial(request.device)) return Exists(request.device) ? request.device : "";
+  const UsbBus bus = FindUsbReaders(IdsOf(request));
+  for (const UsbReader& reader : bus.readers) {
+    if (reader.access == NodeAccess::kReady) return reader.node;
+  }
+  return bus.readers.empty() ? "" : bus.readers.front().node;
+}
+
+NodeWatch::NodeWatch(const ReadRequest& request)
+    : request_(request),
+      node_(NodeOf(request)),
+      next_look_(std::chrono::steady_clock::now() + kBetweenLooks) {}
+
+bool NodeWatch::IsGone() {
+  const auto now = std::chrono::steady_clock::now();
+  if (node_.empty() || !since_.empty() || now < next_look_) return !since_.empty();
+  next_look_ = now + kBetweenLooks;
+  // A USB reader that was reset may come back under another number.
+  if (!Exists(node_) && NodeOf(request_).empty()) since_ = ClockTime();
+  return !since_.empty();
+}
+
+}  // namespace qlid

@@ -1,0 +1,38 @@
+// Notices that the reader's device node goes away while a read runs.
+#ifndef QUILLONID_TOOLS_QLID_NODE_WATCH_H
+#define QUILLONID_TOOLS_QLID_NODE_WATCH_H
+
+#include <chrono>
+#include <string>
+
+#include "tools/qlid/reading.h"
+
+namespace qlid {
+
+// Whether a device text names a serial device rather than a USB reader.
+bool IsSerial(const std::string& device);
+
+// The node that a read of this request opens; empty when there is none.
+std::string NodeOf(const ReadRequest& request);
+
+class NodeWatch {
+ public:
+  explicit NodeWatch(const ReadRequest& request);
+
+  // True from the moment on at which the node is seen to be gone; a node that never was is not.
+  bool IsGone();
+
+  // Clock time of that moment, "14:02:11"; empty while the node is there.
+  const std::string& since() const { return since_; }
+  const std::string& node() const { return node_; }
+
+ private:
+  const ReadRequest& request_;
+  std::string node_;
+  std::string since_;
+  std::chrono::steady_clock::time_point next_look_;
+};
+
+}  // namespace qlid
+
+#endif
