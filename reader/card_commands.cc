@@ -176,6 +176,8 @@ bool FindCard(int limit, int* result) {
     if (g_CancleSdtFlag.compare_exchange_strong(asked, 0)) return false;
   }
   *result = SelectIDCard();
+  // A cancel in the pause behind the select found no exchange to end.
+  if (s_bCancel != 0) return false;
   // On purpose: over SDT a failure does not stop the read.
   return *result == RET_PUB_SUCCESS || sdt;
 }

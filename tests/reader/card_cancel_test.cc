@@ -7,6 +7,8 @@ using CardCancel = Engine;
 
 namespace {
 
+constexpr std::chrono::milliseconds kLook(5);
+
 void Cancel() { CancelIdRead(); }
 
 // When the library has begun to wait for the answer.
@@ -63,6 +65,20 @@ TEST_F(CardCancel, EndsASequenceThatWaitsForTheSelect) {
 
   EXPECT_EQ(-57, Get(60));
 
+  EXPECT_EQ((Lines{kSearchCommand, kSelectCommand}), reader.Commands());
+}
+
+TEST_F(CardCancel, InThePauseBehindTheSelectLetsNoReadBegin) {
+  stand_in_clock::UseSystemClock();
+  reader.HoldCard(ReadReply(1295));
+  std::thread person([this] {
+    while (reader.Commands().size() < 2) std::this_thread::sleep_for(kLook);
+    CancelTheWait();  // 0.3 s into the second of the pause
+  });
+
+  EXPECT_EQ(-57, Get(60));
+
+  person.join();
   EXPECT_EQ((Lines{kSearchCommand, kSelectCommand}), reader.Commands());
 }
 
