@@ -38,11 +38,15 @@ char** ParseOptions(char** arguments, Options* options) {
   return arguments;
 }
 
+void Extend(const char* variable, const std::string& more) {
+  const char* before = std::getenv(variable);
+  setenv(variable, (before && *before ? std::string(before) + ":" + more : more).c_str(), 1);
+}
+
 [[noreturn]] void RunProgram(char** arguments) {
-  const char* before = std::getenv("LD_PRELOAD");
-  std::string preload = before && *before ? std::string(before) + ":" : "";
-  preload += "libumockdev-preload.so.0";
-  setenv("LD_PRELOAD", preload.c_str(), 1);
+  Extend("LD_PRELOAD", "libumockdev-preload.so.0");
+  // AddressSanitizer asks to be the first library; behind a preloaded one it works as well.
+  Extend("ASAN_OPTIONS", "verify_asan_link_order=0");
   execvp(arguments[0], arguments);
   std::perror(arguments[0]);
   _exit(127);
