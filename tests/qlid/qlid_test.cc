@@ -407,6 +407,15 @@ TEST(Qlid, PrintsHelpAndVersionToStandardOutput) {
   EXPECT_TRUE(Contains(version.out, std::string(", cJSON ") + cJSON_Version())) << version.out;
 }
 
+TEST(Qlid, WarnsOnATerminalThatIsNotUtf8) {
+  Program ascii(Qlid({"devices", "--known"}), {"LANG=C"}, true);
+  Program utf8(Qlid({"devices", "--known"}), {"LANG=C.UTF-8"}, true);
+
+  EXPECT_TRUE(Contains(ascii.Finish().err, "export LANG=C.UTF-8"));
+  EXPECT_EQ("", utf8.Finish().err);
+  EXPECT_EQ("", RunQlid({"devices", "--known"}, {"LANG=C"}).err);
+}
+
 TEST(QlidDevices, AsksASerialPortWhetherItIsAReader) {
   const Bench bench;
   simulator::TtyReader silent;

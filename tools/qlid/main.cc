@@ -4,7 +4,9 @@
 #include <csignal>
 #include <cstdio>
 
+#include "simulator/faults.h"
 #include "tools/qlid/commands.h"
+#include "tools/qlid/completion.h"
 #include "tools/qlid/devices.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
@@ -22,6 +24,7 @@ struct CommandLine {
   DemoOptions demo;
   DoctorOptions doctor;
   std::string explain;
+  std::string shell;
   std::string language;
   std::string color = "auto";
 };
@@ -151,6 +154,64 @@ void AddExplain(CLI::App& app, CommandLine* line) {
   explain->prefix_command();
 }
 
+void AddCompletion(CLI::App& app, CommandLine* line) {
+  CLI::App* completion = app.add_subcommand("completion", "Print a completion script for a shell");
+  completion->add_option("SHELL", line->shell, "Shell")
+      ->required()
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+}
+
+// The words between the braces that the argument library describes a choice with.
+std::vector<std::string> ChoicesIn(const std::string& description) {
+  const std::size_t open = description.find('{');
+  const std::size_t close = description.find('}');
+  if (open == std::string::npos || close == std::string::npos) return {};
+  return CLI::detail::split(description.substr(open + 1, close - open - 1), ',');
+}
+
+std::vector<std::string> FaultNames() {
+  std::vector<std::string> names = {"help"};
+  for (const simulator::FaultRow& row : simulator::FaultTable()) names.emplace_back(row.name);
+  return names;
+}
+
+std::vector<std::string> PublishedCodes() {
+  std::vector<std::string> codes;
+  for (const ResultText& row : Results()) codes.push_back(std::to_string(row.code));
+  return codes;
+}
+
+OptionWords WordsOf(const CLI::Option& option) {
+  OptionWords words;
+  for (const std::string& name : option.get_lnames()) words.names.push_back("--" + name);
+  for (const std::string& name : option.get_snames()) words.names.push_back("-" + name);
+  words.about = option.get_description();
+  if (option.get_items_expected_max() == 0) return words;
+  const std::string type = option.get_type_name();
+  const std::string name = option.get_single_name();
+  words.choices = name == "fault"  ? FaultNames()
+                  : name == "CODE" ? PublishedCodes()
+                                   : ChoicesIn(type);
+  words.value = !words.choices.empty()                ? ValueKind::kChoices
+                : type == "FILE" || name == "FILE"    ? ValueKind::kFile
+                : name == "device" || name == "probe" ? ValueKind::kDevice
+                                                      : ValueKind::kText;
+  return words;
+}
+
+CommandWords WordsOf(const CLI::App& command) {
+  CommandWords words = {command.get_name(), command.get_description(), {}, {}};
+  for (const CLI::Option* option : command.get_options()) words.options.push_back(WordsOf(*option));
+  for (const CLI::App* each : command.get_subcommands([](const CLI::App*) { return true; }))
+    words.commands.push_back(WordsOf(*each));
+  return words;
+}
+
+int CompletionCommand(const CLI::App& app, const std::string& shell) {
+  std::printf("%s", CompletionScript(WordsOf(app), shell).c_str());
+  return kExitDone;
+}
+
 std::string NearestCommand(const CLI::App& app, const std::string& word) {
   // Edit distance of at most two, the usual slip of the finger.
   std::string nearest;
@@ -194,6 +255,7 @@ void Settle(const CommandLine& line) {
 
 int Run(const CLI::App& app, const CommandLine& line) {
   Settle(line);
+  WarnUnlessUtf8();
   if (app.got_subcommand("demo")) return DemoCommand(line.demo);
   if (app.got_subcommand("devices")) return DevicesCommand(line.devices);
   if (app.got_subcommand("doctor")) return DoctorCommand(line.doctor);
@@ -202,6 +264,7 @@ int Run(const CLI::App& app, const CommandLine& line) {
   if (app.got_subcommand("decode")) return DecodeCommand(line.decode);
   if (app.got_subcommand("simulate")) return SimulateCommand(line.simulate);
   if (app.got_subcommand("explain")) return ExplainCommand(line.explain);
+  if (app.got_subcommand("completion")) return CompletionCommand(app, line.shell);
   if (!app.remaining().empty()) return UnknownCommand(app, app.remaining().front());
   std::printf("%s", app.help().c_str());
   return kExitDone;
@@ -224,6 +287,7 @@ int Main(int argc, char** argv) {
   AddDecode(app, &line);
   AddSimulate(app, &line);
   AddExplain(app, &line);
+  AddCompletion(app, &line);
   app.require_subcommand(0, 1);
   app.fallthrough();
   // After the commands are added, so that they do not inherit it: an unknown word is named as an

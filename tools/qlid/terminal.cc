@@ -1,5 +1,6 @@
 #include "tools/qlid/terminal.h"
 
+#include <langinfo.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -98,6 +99,18 @@ int TerminalColumns(int stream) {
   winsize size = {};
   if (ioctl(stream, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return 80;
   return size.ws_col;
+}
+
+void WarnUnlessUtf8() {
+  if (!IsTerminal(STDOUT_FILENO) && !IsTerminal(STDERR_FILENO)) return;
+  const char* encoding = nl_langinfo(CODESET);
+  if (std::strcmp(encoding, "UTF-8") == 0) return;
+  std::fprintf(
+      stderr,
+      Tr("qlid: the locale's encoding is %s, Chinese text may not be readable; try: export "
+         "LANG=C.UTF-8\n",
+         "qlid: 当前编码为 %s，中文可能无法显示；请执行：export LANG=zh_CN.UTF-8\n"),
+      encoding);
 }
 
 int DisplayWidth(std::string_view text) {

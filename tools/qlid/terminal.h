@@ -31,6 +31,9 @@ bool IsTerminal(int stream);
 bool ColorWanted(int stream);
 int TerminalColumns(int stream);
 
+// On a terminal whose locale is not UTF-8, says on standard error that card text will not show.
+void WarnUnlessUtf8();
+
 // Columns that a UTF-8 text takes; East Asian wide characters take two.
 int DisplayWidth(std::string_view text);
 
