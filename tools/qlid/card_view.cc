@@ -260,7 +260,8 @@ std::vector<std::string> Remarks(const Card& card) {
   return remarks;
 }
 
-cJSON* CardObject(const Card& card) {
+cJSON* CardObject(const Card& card, bool photo) {
+  if (photo) tFunc_SetAddPhotoDataToJsonFlag(1);
   char text[QL_JSON_SIZE] = {};
   if (tFuncPackCollectJson(&card.record, text) != 0) return nullptr;
   return cJSON_Parse(text);

@@ -44,9 +44,9 @@ void PrintRows(const std::vector<Row>& rows);
 // Short facts for programs: "expired", "not-yet-valid", "check-digit-right", "check-digit-wrong".
 std::vector<std::string> Remarks(const Card& card);
 
-// The library's own JSON object of the card, key for key; with `photo` also the photo block. The
-// caller owns it; null when the photo was asked for and there is none.
-cJSON* CardObject(const Card& card);
+// The library's own JSON object of the card, key for key; with `photo`, for the card read last,
+// also its photo block in base64. The caller owns it; null when there is no memory.
+cJSON* CardObject(const Card& card, bool photo);
 
 }  // namespace qlid
 

@@ -20,7 +20,10 @@ struct OutputOptions {
 struct ReadOptions {
   ReadRequest request;
   std::string kind = "any";
-  bool watch = false;  // card after card until stopped
+  bool watch = false;     // card after card until stopped
+  int pause = 500;        // then, milliseconds between a read and the next
+  std::string exec;       // command that takes each card over; empty: none
+  int exec_seconds = 60;  // that it may take
   OutputOptions output;
 };
 int ReadCommand(const ReadOptions& options);

@@ -87,6 +87,15 @@ void AddRead(CLI::App& app, CommandLine* line) {
   AddUsbIds(read, &request.usb_ids);
   read->add_flag("--watch", line->read.watch,
                  "Card after card until stopped; waits for a reader that was pulled");
+  read->add_option("--pause", line->read.pause, "With --watch: milliseconds between two reads")
+      ->check(CLI::Range(0, 60000))
+      ->capture_default_str();
+  read->add_option("--exec", line->read.exec,
+                   "Run this shell command once per card, the card's JSON on its standard input")
+      ->type_name("COMMAND");
+  read->add_option("--exec-timeout", line->read.exec_seconds, "Seconds that the command may take")
+      ->check(CLI::Range(1, 86400))
+      ->capture_default_str();
   read->add_option("--native", line->read.output.native,
                    "Write the card's native data to this file")
       ->type_name("FILE");
@@ -246,6 +255,13 @@ int UnknownCommand(const CLI::App& app, const std::string& word) {
   return kExitUsage;
 }
 
+int UnknownArgument(const std::string& word, const std::string& command) {
+  PrintReport(UsageReport(
+      Format(Tr("%s takes no \"%s\"", "%s 不接受 \"%s\""), command.c_str(), word.c_str()),
+      "qlid " + command + " --help"));
+  return kExitUsage;
+}
+
 void Settle(const CommandLine& line) {
   if (line.language == "zh") SetLanguage(Language::kChinese);
   if (line.language == "en") SetLanguage(Language::kEnglish);
@@ -256,6 +272,10 @@ void Settle(const CommandLine& line) {
 int Run(const CLI::App& app, const CommandLine& line) {
   Settle(line);
   WarnUnlessUtf8();
+  const bool extras = !app.remaining().empty();
+  if (extras && !app.get_subcommands().empty()) {
+    return UnknownArgument(app.remaining().front(), app.get_subcommands().front()->get_name());
+  }
   if (app.got_subcommand("demo")) return DemoCommand(line.demo);
   if (app.got_subcommand("devices")) return DevicesCommand(line.devices);
   if (app.got_subcommand("doctor")) return DoctorCommand(line.doctor);
@@ -265,7 +285,7 @@ int Run(const CLI::App& app, const CommandLine& line) {
   if (app.got_subcommand("simulate")) return SimulateCommand(line.simulate);
   if (app.got_subcommand("explain")) return ExplainCommand(line.explain);
   if (app.got_subcommand("completion")) return CompletionCommand(app, line.shell);
-  if (!app.remaining().empty()) return UnknownCommand(app, app.remaining().front());
+  if (extras) return UnknownCommand(app, app.remaining().front());
   std::printf("%s", app.help().c_str());
   return kExitDone;
 }
@@ -280,6 +300,8 @@ int Main(int argc, char** argv) {
   app.add_option("--color", line.color, "Colour on the terminal")
       ->check(CLI::IsMember({"auto", "always", "never"}))
       ->capture_default_str();
+  // Inherited: a common option is taken behind the command as well.
+  app.fallthrough();
   AddDemo(app, &line);
   AddDevices(app, &line);
   AddDoctor(app, &line);
@@ -289,7 +311,6 @@ int Main(int argc, char** argv) {
   AddExplain(app, &line);
   AddCompletion(app, &line);
   app.require_subcommand(0, 1);
-  app.fallthrough();
   // After the commands are added, so that they do not inherit it: an unknown word is named as an
   // unknown command.
   app.allow_extras();

@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -75,9 +76,12 @@ void HoldSignals() {
   s_signals = signalfd(-1, &held, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
-int WaitForSignal(int milliseconds) {
-  pollfd waiting = {s_signals, POLLIN, 0};
-  if (poll(&waiting, 1, milliseconds) <= 0) return 0;
+int WaitForSignal(int milliseconds, int also) {
+  pollfd waiting[] = {
+      {s_signals, POLLIN, 0},
+      {also,      POLLIN, 0}
+  };
+  if (poll(waiting, 2, milliseconds) <= 0 || waiting[0].revents == 0) return 0;
   signalfd_siginfo info = {};
   if (read(s_signals, &info, sizeof info) != sizeof info) return 0;
   return static_cast<int>(info.ssi_signo);
@@ -86,17 +90,19 @@ int WaitForSignal(int milliseconds) {
 Reading ReadCard(const ReadRequest& request) {
   Reading reading;
   std::atomic<bool> done{false};
+  const int ended = eventfd(0, EFD_CLOEXEC);
   const Clock::time_point start = Clock::now();
   std::thread library([&] {
     reading.result = RunRead(request, &reading.card.record);
     done = true;
+    eventfd_write(ended, 1);
   });
 
   StatusLine status;
   NodeWatch node(request);
   bool cancelling = false;
   while (!done) {
-    const int signal = WaitForSignal(cancelling ? 100 : 50);
+    const int signal = WaitForSignal(cancelling ? 100 : 50, ended);
     if (signal == SIGINT || signal == SIGTERM) {
       if (cancelling) _exit(kExitCancelled);
       cancelling = true;
@@ -119,6 +125,7 @@ Reading ReadCard(const ReadRequest& request) {
     }
   }
   library.join();
+  close(ended);
   if (!cancelling && node.IsGone()) {
     reading.gone_node = node.node();
     reading.gone_since = node.since();

@@ -32,8 +32,9 @@ struct Reading {
 // SIGINT, SIGTERM and SIGHUP come to WaitForSignal() from here on. Call before any thread starts.
 void HoldSignals();
 
-// Waits at most `milliseconds` for a held signal; its number, or 0.
-int WaitForSignal(int milliseconds);
+// Waits at most `milliseconds` for a held signal, or until the descriptor `also` can be read; the
+// signal's number, or 0.
+int WaitForSignal(int milliseconds, int also = -1);
 
 Reading ReadCard(const ReadRequest& request);
 

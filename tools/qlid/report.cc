@@ -26,13 +26,13 @@ void AddText(cJSON* object, const char* key, const std::string& text) {
   cJSON_AddStringToObject(object, key, text.c_str());
 }
 
-Json Envelope(const Outcome& outcome) {
+Json Envelope(const Outcome& outcome, bool photo) {
   Json document(cJSON_CreateObject());
   AddText(document.get(), "schema", "qlid.read/1");
   cJSON_AddBoolToObject(document.get(), "ok", outcome.report == nullptr);
   if (outcome.card) {
     AddText(document.get(), "kind", KindName(outcome.card->kind));
-    cJSON_AddItemToObject(document.get(), "card", CardObject(*outcome.card));
+    cJSON_AddItemToObject(document.get(), "card", CardObject(*outcome.card, photo));
     cJSON* remarks = cJSON_AddArrayToObject(document.get(), "remarks");
     for (const std::string& remark : Remarks(*outcome.card)) {
       cJSON_AddItemToArray(remarks, cJSON_CreateString(remark.c_str()));
@@ -114,7 +114,7 @@ bool KindWanted(const std::string& wanted, CardKind kind) {
   return wanted == KindName(kind) || (wanted == "permit" && kind == CardKind::kPermit);
 }
 
-void PrintJsonLine(const Outcome& outcome, const OutputOptions& options) {
+std::string OutcomeJson(const Outcome& outcome, const OutputOptions& options, bool photo) {
   Card shown;
   Outcome redacted = outcome;
   if (outcome.card && options.redact) {
@@ -122,11 +122,16 @@ void PrintJsonLine(const Outcome& outcome, const OutputOptions& options) {
     Redact(&shown);
     redacted.card = &shown;
   }
-  const Json document = Envelope(redacted);
+  const Json document = Envelope(redacted, photo && !options.redact);
   char* text = cJSON_PrintUnformatted(document.get());
-  std::printf("%s\n", text ? text : "{}");
-  std::fflush(stdout);
+  std::string line = text ? text : "{}";
   cJSON_free(text);
+  return line + "\n";
+}
+
+void PrintJsonLine(const Outcome& outcome, const OutputOptions& options) {
+  std::printf("%s", OutcomeJson(outcome, options, false).c_str());
+  std::fflush(stdout);
 }
 
 void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
@@ -138,7 +143,7 @@ void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
     redacted.card = &shown;
   }
   if (options.json) {
-    const Json document = Envelope(redacted);
+    const Json document = Envelope(redacted, false);
     char* text = cJSON_Print(document.get());
     std::printf("%s\n", text ? text : "{}");
     cJSON_free(text);

@@ -35,10 +35,17 @@ struct Outcome {
 // The card and what went wrong, to standard output and standard error, as `options` ask.
 void PrintOutcome(const Outcome& outcome, const OutputOptions& options);
 
+// Refuses what the library would accept and then misunderstand; none when the request is sound.
+std::optional<Report> CheckRequest(const ReadRequest& request);
+
 // Whether a card is of the kind that --kind asks for.
 bool KindWanted(const std::string& wanted, CardKind kind);
 
-// The outcome as one line of JSON on standard output.
+// The outcome as one line of JSON; with `photo` the card carries its photo block, unless it is
+// redacted.
+std::string OutcomeJson(const Outcome& outcome, const OutputOptions& options, bool photo);
+
+// That line on standard output.
 void PrintJsonLine(const Outcome& outcome, const OutputOptions& options);
 
 // Writes the photo and native data files that `options` ask for. An empty result is success.

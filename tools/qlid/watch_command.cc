@@ -4,14 +4,13 @@
 
 #include "quillonid/results.h"
 #include "tools/qlid/commands.h"
+#include "tools/qlid/delivery.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
 namespace {
-
-constexpr int kPauseMilliseconds = 500;  // between a read and the next
 
 // What is going on, told when it changes.
 class Watch {
@@ -38,6 +37,9 @@ class Watch {
     }
   }
 
+  // Told to stop while a card was taken over.
+  bool Stopped() const { return stopped_; }
+
   void TellTheSum() const {
     Say(Format(Tr("stopped after %ld cards, %ld failures", "已停止：%ld 张卡，%ld 次失败"), cards_,
                failures_));
@@ -63,13 +65,9 @@ class Watch {
     outcome.card = &reading.card;
     outcome.device = options_.request.device;
     outcome.elapsed_ms = reading.elapsed_ms;
-    if (options_.output.json) {
-      PrintJsonLine(outcome, options_.output);
-    } else {
-      PrintOutcome(outcome, options_.output);
-      std::printf("\n");
-      std::fflush(stdout);
-    }
+    const std::optional<Report> report = Deliver(outcome, options_);
+    stopped_ = report && report->exit == kExitCancelled;
+    if (report && !stopped_) ++failures_;
   }
 
   const ReadOptions& options_;
@@ -77,18 +75,26 @@ class Watch {
   bool reader_there_ = true;
   long cards_ = 0;
   long failures_ = 0;
+  bool stopped_ = false;
 };
 
 }  // namespace
 
 int WatchCommand(const ReadOptions& options) {
+  if (const auto problem = CheckRequest(options.request)) {
+    Outcome outcome;
+    outcome.report = &*problem;
+    PrintOutcome(outcome, options.output);
+    return problem->exit;
+  }
   Watch watch(options);
   int signal = 0;
   while (signal == 0 || signal == SIGHUP) {
     const Reading reading = ReadCard(options.request);
     if (reading.result == QL_CANCELLED) break;
     watch.Take(reading);
-    signal = WaitForSignal(kPauseMilliseconds);
+    if (watch.Stopped()) break;
+    signal = WaitForSignal(options.pause);
   }
   watch.TellTheSum();
   return kExitDone;
