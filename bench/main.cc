@@ -40,5 +40,6 @@ int main(int argc, char** argv) {
   bench::AddTextRows(table);
   bench::AddCardRows(table);
   bench::AddLogRows(table);
+  bench::AddLoadRows(table);
   return table.Run(options);
 }

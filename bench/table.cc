@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "bench/files.h"
+#include "bench/stand_ins.h"
 
 namespace bench {
 namespace {
@@ -175,13 +176,26 @@ void PrintPlain(const Cells& cells) {
   std::fflush(stdout);
 }
 
+void StartAnew() {
+  SetLogging(Logging::kNoFile);
+  TakeOutLogChecks(false);
+}
+
 }  // namespace
 
 Row::Row(std::string id, std::string title, Limits limits)
     : id_(std::move(id)),
       title_(std::move(title)),
       limits_(limits),
-      prepare_(std::make_shared<std::function<void()>>([] { SetLogging(Logging::kNoFile); })) {}
+      prepare_(std::make_shared<std::function<void()>>(StartAnew)) {}
+
+Row& Row::Before(std::function<void()> prepare) {
+  *prepare_ = [prepare] {
+    StartAnew();
+    prepare();
+  };
+  return *this;
+}
 
 Row& Table::NewRow(const std::string& id, const std::string& title, Limits limits) {
   rows_.push_back(std::make_unique<Row>(id, title, limits));

@@ -38,11 +38,8 @@ class Row {
  public:
   Row(std::string id, std::string title, Limits limits);
 
-  // Called before each repetition. Without one, logging is off and there is no configuration file.
-  Row& Before(std::function<void()> prepare) {
-    *prepare_ = std::move(prepare);
-    return *this;
-  }
+  // Called before each repetition, which otherwise finds no configuration file.
+  Row& Before(std::function<void()> prepare);
 
   // `work` does the row's work and is called over and over; `result` gives what it made, as bytes.
   // The time is the processor time of the calling thread.
@@ -132,6 +129,7 @@ class Table {
 void AddTextRows(Table& table);
 void AddCardRows(Table& table);
 void AddLogRows(Table& table);
+void AddLoadRows(Table& table);
 
 }  // namespace bench
 
