@@ -1,12 +1,15 @@
 // Uncompressed 24-bit BMP files, put together in memory and written at once.
+#include <fcntl.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "quillonid/image.h"
+#include "support/byte_shuffle.h"
+#include "support/files.h"
 #include "support/handles.h"
 #include "support/log.h"
 
@@ -56,6 +59,21 @@ Headers MakeHeaders(int width, int height) {
   return headers;
 }
 
+// Five pixels at a time, with one byte beyond them that the next pixel is written over: so the last
+// pixel is always left. Returns the pixels taken; none when the blocks overlap, where the order of
+// reading and writing shows.
+QL_BYTE_SHUFFLE std::int64_t SwapFives(const unsigned char* src, std::int64_t pixels,
+                                       unsigned char* dst) {
+  const std::int64_t size = pixels * kPixelSize;
+  if (src < dst + size && dst < src + size) return 0;
+  constexpr Table16 kSwap = {2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, 15};
+  std::int64_t taken = 0;
+  for (; pixels - taken > 5; taken += 5, src += 5 * kPixelSize, dst += 5 * kPixelSize) {
+    Store16(LookUp(Load16(src), Load16(kSwap)), dst);
+  }
+  return taken;
+}
+
 // The whole file, or null when there is no memory for it.
 HeapBytes MakeFile(const Headers& headers, const PixelRows& rows, const unsigned char* pixels) {
   if (rows.FileSize() > kMaxFileSize) return nullptr;
@@ -79,7 +97,10 @@ HeapBytes MakeFile(const Headers& headers, const PixelRows& rows, const unsigned
 
 void Convert2RGBData(const unsigned char* src, int width, int height, unsigned char* dst) {
   const std::int64_t pixels = static_cast<std::int64_t>(width) * height;
-  for (std::int64_t i = 0; i < pixels; ++i) {
+  const std::int64_t taken = HasByteShuffle() ? SwapFives(src, pixels, dst) : 0;
+  src += taken * kPixelSize;
+  dst += taken * kPixelSize;
+  for (std::int64_t i = taken; i < pixels; ++i) {
     dst[0] = src[2];
     dst[1] = src[1];
     dst[2] = src[0];
@@ -92,20 +113,20 @@ int SaveBmp(const char* path, const unsigned char* pixels, int width, int height
   LOG_API("[%s] Start  %s ", __func__, PrintableText(path));
   const Headers headers = MakeHeaders(width, height);
   LOG_API("open Start ");
-  FilePtr bmp(path == nullptr || pixels == nullptr ? nullptr : std::fopen(path, "wb"));
+  Descriptor bmp(path == nullptr || pixels == nullptr ? -1 : open(path, kReplacing, 0666));
   LOG_API("SaveBmp :szBmpFile is:%s\n", PrintableText(path));
-  if (bmp == nullptr) return 0;
+  if (!bmp) return 0;
 
   const PixelRows rows = RowsOf(width, height);
   const HeapBytes file = MakeFile(headers, rows, pixels);
   if (file == nullptr) {
     LOG_API("malloc  pRGBData : error");
-    std::fwrite(headers.data(), headers.size(), 1, bmp.get());
+    WriteAll(bmp.get(), headers.data(), headers.size());
     return 0;
   }
-  const bool written = std::fwrite(file.get(), rows.FileSize(), 1, bmp.get()) == 1;
+  const bool written = WriteAll(bmp.get(), file.get(), rows.FileSize());
   LOG_API("SaveBmp : close the fp");
-  const bool closed = std::fclose(bmp.release()) == 0;
+  const bool closed = bmp.Close();
   LOG_API("#############1[%s] End ", __func__);
   return written && closed ? 1 : 0;
 }

@@ -1,6 +1,5 @@
 // Base64 over the standard alphabet and over a writable copy of it. Both are the same two loops;
-// runs of ordinary input take sixteen characters at a time in the compiler's vector type, one
-// source for SSE2 and Advanced SIMD.
+// runs of ordinary input take sixteen characters at a time where the processor shuffles bytes.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -8,6 +7,7 @@
 #include <cstring>
 
 #include "quillonid/support.h"
+#include "support/byte_shuffle.h"
 
 namespace {
 
@@ -42,59 +42,93 @@ constexpr Indexes kStandardIndexes = IndexesOf(kStandard);
 static_assert(std::endian::native == std::endian::little, "the words below are put together so");
 
 using Words4 = std::uint32_t __attribute__((vector_size(16)));
-using Bytes16 = std::uint8_t __attribute__((vector_size(16)));
+using Halves8 = std::uint16_t __attribute__((vector_size(16)));
 using Signed16 = std::int8_t __attribute__((vector_size(16)));
-using Halves2 = std::uint64_t __attribute__((vector_size(16)));
 
-Bytes16 Where(Signed16 mask, int value) {
-  return reinterpret_cast<Bytes16>(mask) & static_cast<std::uint8_t>(value);
+// What the fast paths look up: tables of sixteen, made from the alphabet.
+struct Tables16 {
+  Table16 shift;            // from a position to its character, by range of positions
+  Table16 back;             // from a character to its position, by upper half; "/" stands at 1
+  Table16 by_low, by_high;  // a common bit: the character with these halves is a stranger
+};
+
+// Range of a position: small letters, each character behind them, capitals.
+constexpr int RangeOf(int position) {
+  return position < 26 ? 13 : position < 52 ? 0 : position - 51;
 }
 
-std::uint32_t Word(const unsigned char* bytes) {
-  std::uint32_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
+consteval Tables16 MakeTables() {
+  Tables16 tables = {};
+  std::uint16_t known_lows[16] = {};  // by upper half: the lower halves that the alphabet has
+  for (int position = 0; position < 64; ++position) {
+    const int character = kStandard[static_cast<std::size_t>(position)];
+    const int high = character >> 4;
+    tables.shift[RangeOf(position)] = static_cast<std::uint8_t>(character - position);
+    tables.back[character == '/' ? 1 : high] = static_cast<std::uint8_t>(position - character);
+    known_lows[high] |= static_cast<std::uint16_t>(1 << (character & 15));
+  }
+  // Upper halves with the same strangers share a bit: there are five such groups.
+  int bits = 0;
+  for (int high = 0; high < 16; ++high) {
+    const auto* const like = std::find(known_lows, known_lows + high, known_lows[high]);
+    tables.by_high[high] =
+        like != known_lows + high ? tables.by_high[like - known_lows] : std::uint8_t(1 << bits++);
+    for (int low = 0; low < 16; ++low) {
+      if ((known_lows[high] >> low & 1) == 0) tables.by_low[low] |= tables.by_high[high];
+    }
+  }
+  return tables;
 }
+constexpr Tables16 kTables = MakeTables();
 
-// Encodes 12 bytes as 16 characters; reads one byte more.
-void EncodeTwelve(const unsigned char* in, char* out) {
-  // Each word holds three input bytes, the first one lowest; its four indexes go to the four bytes.
-  const Words4 in_words = {Word(in), Word(in + 3), Word(in + 6), Word(in + 9)};
-  const Words4 words =
-      (in_words >> 2 & 0x3F) | ((in_words << 12 & 0x3000) | (in_words >> 4 & 0x0F00)) |
-      ((in_words << 10 & 0x3C0000) | (in_words >> 6 & 0x030000)) | (in_words << 8 & 0x3F000000);
-  const auto index = reinterpret_cast<Signed16>(words);
-  // "A" to "Z" lie at 65, "a" to "z" 6 further; "0" to "9" 75 back from there, and so on.
-  const Bytes16 text = reinterpret_cast<Bytes16>(index) + 'A' + Where(index > 25, 6) +
-                       Where(index > 51, -75) + Where(index > 61, -15) + Where(index > 62, 3);
-  std::memcpy(out, &text, sizeof text);
+// Encodes 12 bytes as 16 characters; reads 16.
+QL_BYTE_SHUFFLE inline void EncodeTwelve(const unsigned char* in, char* out) {
+  // Each word takes three bytes, the first one highest, and its four positions go to four bytes.
+  constexpr Table16 kSpread = {2, 1, 0, 0x80, 5, 4, 3, 0x80, 8, 7, 6, 0x80, 11, 10, 9, 0x80};
+  const auto words = reinterpret_cast<Words4>(LookUp(Load16(in), Load16(kSpread)));
+  const auto position =
+      reinterpret_cast<Signed16>((words >> 18 & 0x3F) | (words >> 4 & 0x3F00) |
+                                 (words << 10 & 0x3F0000) | (words << 24 & 0x3F000000));
+  const Signed16 range = ((position > 51) & (position - 51)) | ((position < 26) & 13);
+  const Bytes16 shift = LookUp(Load16(kTables.shift), reinterpret_cast<Bytes16>(range));
+  Store16(reinterpret_cast<Bytes16>(position) + shift, out);
 }
 
 // Decodes 16 characters to 12 bytes. False, with nothing written, when one of them is "=" or a
 // stranger.
-bool DecodeSixteen(const char* in, unsigned char* out) {
-  Bytes16 text;
-  std::memcpy(&text, in, sizeof text);
-  const Bytes16 upper = text - 'A', lower = text - 'a', digit = text - '0';
-  const Signed16 is_upper = upper < 26, is_lower = lower < 26, is_digit = digit < 10;
-  const Signed16 is_plus = text == '+', is_slash = text == '/';
-  const auto known = reinterpret_cast<Halves2>(is_upper | is_lower | is_digit | is_plus | is_slash);
-  if ((known[0] & known[1]) != ~std::uint64_t{0}) return false;
-
-  const Bytes16 index = text + Where(is_upper, -65) + Where(is_lower, -71) + Where(is_digit, 4) +
-                        Where(is_plus, 19) + Where(is_slash, 16);
-  const auto in_words = reinterpret_cast<Words4>(index);
-  const Words4 words = (in_words << 2 & 0xFC) | (in_words >> 12 & 0x03) | (in_words << 4 & 0xF000) |
-                       (in_words >> 10 & 0x0F00) | (in_words << 6 & 0xC00000) |
-                       (in_words >> 8 & 0x3F0000);
-  // Each word holds three bytes: two of them make six, twice.
-  const auto pairs = reinterpret_cast<Halves2>(words);
-  const Halves2 sixes = (pairs & 0xFFFFFF) | (pairs >> 8 & 0xFFFFFF000000);
-  const std::uint64_t first = sixes[0] | sixes[1] << 48;
-  const auto last = static_cast<std::uint32_t>(sixes[1] >> 16);
-  std::memcpy(out, &first, sizeof first);
-  std::memcpy(out + sizeof first, &last, sizeof last);
+QL_BYTE_SHUFFLE inline bool DecodeSixteen(const char* in, unsigned char* out) {
+  const Bytes16 text = Load16(in);
+  const Bytes16 high = text >> 4;
+  if (!IsZero(LookUp(Load16(kTables.by_low), text & 0x0F) &
+              LookUp(Load16(kTables.by_high), high))) {
+    return false;
+  }
+  const Bytes16 slash = reinterpret_cast<Bytes16>(text == '/');  // minus one
+  const Bytes16 position = text + LookUp(Load16(kTables.back), high + slash);
+  // Two positions make twelve bits, two of those the three bytes of a word, the first one highest.
+  const auto ones = reinterpret_cast<Halves8>(position);
+  const auto twos = reinterpret_cast<Words4>((ones << 6 | ones >> 8) & 0x0FFF);
+  const Words4 fours = twos << 12 | twos >> 16;
+  constexpr Table16 kGather = {2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, 0x80, 0x80, 0x80, 0x80};
+  const Bytes16 bytes = LookUp(reinterpret_cast<Bytes16>(fours), Load16(kGather));
+  std::memcpy(out, &bytes, 12);
   return true;
+}
+
+// The blocks of an input that can be taken whole. Returns the input taken.
+QL_BYTE_SHUFFLE std::size_t EncodeBlocks(const unsigned char* in, std::size_t size, char* out) {
+  std::size_t taken = 0;
+  for (; size - taken >= 16; taken += 12, out += 16) EncodeTwelve(in + taken, out);
+  return taken;
+}
+
+// The same up to the first block with a "=" or a stranger, for at most `room` bytes.
+QL_BYTE_SHUFFLE int DecodeBlocks(const char* in, int size, unsigned char* out, int room) {
+  int taken = 0;
+  for (; size - taken >= 16 && room >= 12; taken += 16, out += 12, room -= 12) {
+    if (!DecodeSixteen(in + taken, out)) break;
+  }
+  return taken;
 }
 
 // What the fast paths cannot take: the last bytes, and every alphabet but the standard one.
@@ -117,8 +151,11 @@ int Encode(const Alphabet& alphabet, const unsigned char* in, int inLen, char* o
 
   const char* const start = out;
   auto left = static_cast<std::size_t>(inLen);
-  if (IsStandard(alphabet)) {
-    for (; left > 12; left -= 12, in += 12, out += 16) EncodeTwelve(in, out);
+  if (IsStandard(alphabet) && HasByteShuffle()) {
+    const std::size_t taken = EncodeBlocks(in, left, out);
+    in += taken;
+    left -= taken;
+    out += taken / 3 * 4;
   }
   while (left > 0) {
     const std::size_t count = std::min<std::size_t>(left, 3);
@@ -135,12 +172,14 @@ int Decode(const Indexes& indexes, bool standard, const char* in, int inLen, uns
   if (inLen < 4 || in == nullptr || out == nullptr) return 0;
 
   int count = 0;
+  const bool in_blocks = standard && HasByteShuffle();
   for (int left = inLen; left > 3;) {
-    if (standard && left >= 16 && outSize - count >= 12 && DecodeSixteen(in, out + count)) {
-      in += 16;
-      left -= 16;
-      count += 12;
-      continue;
+    if (in_blocks && left >= 16) {
+      const int taken = DecodeBlocks(in, left, out + count, outSize - count);
+      in += taken;
+      left -= taken;
+      count += taken / 4 * 3;
+      if (left < 4) break;
     }
     for (int j = 0; j < 3; ++j) {
       if (in[j] == '=' || in[j + 1] == '=') return count;

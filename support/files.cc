@@ -1,5 +1,7 @@
 // Small file operations. Paths come from applications: nothing here waits for a pipe to be filled,
 // reads a device without end, or leaves a descriptor open.
+#include "support/files.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,7 +22,6 @@ namespace {
 constexpr int kChunk = 1024;                    // bytes that one log line of a read reports
 constexpr std::int64_t kMostEncoded = 1 << 30;  // a file whose text still fits an int
 constexpr int kReading = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-constexpr int kReplacing = O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY | O_CLOEXEC;
 
 const char* Shown(const char* text) { return text == nullptr ? "(null)" : text; }
 
@@ -44,6 +45,8 @@ std::size_t ReadUpTo(int fd, unsigned char* buffer, std::size_t size) {
   return got;
 }
 
+}  // namespace
+
 bool WriteAll(int fd, const unsigned char* bytes, std::size_t size) {
   while (size > 0) {
     const ssize_t n = write(fd, bytes, size);
@@ -54,8 +57,6 @@ bool WriteAll(int fd, const unsigned char* bytes, std::size_t size) {
   }
   return true;
 }
-
-}  // namespace
 
 long get_file_size(const char* path) {
   struct stat status = {};

@@ -4,6 +4,7 @@
 
 #include "quillonid/image.h"
 #include "tests/image/photo_data.h"
+#include "tests/support/guarded_block.h"
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
 
@@ -19,6 +20,21 @@ std::string FileHex() {
 constexpr std::size_t kHeadersText = 162;  // headers in hexadecimal
 
 const Bytes kFourPixels = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+
+Bytes Counting(std::size_t size) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<unsigned char>(i);
+  return bytes;
+}
+
+// What a pixel at a time gives, from the first to the last.
+void SwapPlainly(const unsigned char* src, std::size_t pixels, unsigned char* dst) {
+  for (std::size_t i = 0; i < 3 * pixels; i += 3) {
+    dst[i] = src[i + 2];
+    dst[i + 1] = src[i + 1];
+    dst[i + 2] = src[i];
+  }
+}
 
 }  // namespace
 
@@ -130,4 +146,43 @@ TEST(Convert2RGBData, WritesNothingUnlessTheProductIsPositive) {
   Convert2RGBData(kFourPixels.data(), 65536, -65536, out.data());
 
   EXPECT_EQ("EE EE EE", HexText(out));
+}
+
+TEST(Convert2RGBData, EqualsThePlainLoopAtEveryLengthAndAlignment) {
+  for (std::size_t pixels = 0; pixels <= 40; ++pixels) {
+    for (std::size_t offset = 0; offset < 16; ++offset) {
+      const Bytes in = Counting(offset + 3 * pixels);
+      Bytes expected(offset + 3 * pixels + 32, 0xEE), out = expected;
+      SwapPlainly(in.data() + offset, pixels, expected.data() + offset);
+
+      Convert2RGBData(in.data() + offset, static_cast<int>(pixels), 1, out.data() + offset);
+
+      ASSERT_EQ(HexText(expected), HexText(out)) << pixels << " pixels at " << offset;
+    }
+  }
+}
+
+TEST(Convert2RGBData, StaysWithinItsInputAndOutput) {
+  const GuardedBlock in, out;
+  for (int pixels = 1; pixels <= 40; ++pixels) {
+    const std::size_t size = 3 * static_cast<std::size_t>(pixels);
+
+    Convert2RGBData(in.Last(size), pixels, 1, out.Last(size));
+  }
+}
+
+TEST(Convert2RGBData, TakesOverlappingBlocksInOrder) {
+  for (std::size_t shift = 0; shift <= 48; ++shift) {
+    constexpr std::size_t kPixels = 30;
+    Bytes forwards = Counting(3 * kPixels + 48), expected = forwards;
+    SwapPlainly(expected.data(), kPixels, expected.data() + shift);
+    Convert2RGBData(forwards.data(), kPixels, 1, forwards.data() + shift);
+    ASSERT_EQ(HexText(expected), HexText(forwards)) << shift << " bytes up";
+
+    Bytes backwards = Counting(3 * kPixels + 48);
+    expected = backwards;
+    SwapPlainly(expected.data() + shift, kPixels, expected.data());
+    Convert2RGBData(backwards.data() + shift, kPixels, 1, backwards.data());
+    ASSERT_EQ(HexText(expected), HexText(backwards)) << shift << " bytes down";
+  }
 }
