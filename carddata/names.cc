@@ -296,13 +296,22 @@ constexpr std::uint32_t Key(const char* code) {
   return key;
 }
 
-// The codes side by side, so that a look-up does not walk over the names.
+// The codes in order, each with its row, so that a look-up does not walk over the names.
 constexpr auto CountryKeys() {
   std::array<std::uint32_t, std::size(s_COUNTRY)> keys = {};
-  for (std::size_t row = 0; row < keys.size(); ++row) keys[row] = Key(s_COUNTRY[row].code);
+  for (std::uint32_t row = 0; row < keys.size(); ++row)
+    keys[row] = Key(s_COUNTRY[row].code) << 8 | row;
+  std::sort(keys.begin(), keys.end());
   return keys;
 }
 constexpr auto kCountryKeys = CountryKeys();
+
+// Row of the first country with this code, or -1.
+int FindCountry(const char* code) {
+  const std::uint32_t key = Key(code);
+  const auto* const found = std::lower_bound(kCountryKeys.begin(), kCountryKeys.end(), key << 8);
+  return found != kCountryKeys.end() && *found >> 8 == key ? static_cast<int>(*found & 0xFF) : -1;
+}
 
 const NationName* FindNation(int code) {
   if (code >= 1 && code <= static_cast<int>(std::size(kNations))) return &kNations[code - 1];
@@ -337,12 +346,11 @@ void GetNation(int code, char* dest, int limit) {
 void GetCountry(const char* code, char* dest) {
   LOG_CARD("[%s] Start ", __func__);
   if (code == nullptr || dest == nullptr) return;
-  const auto* const found = std::find(kCountryKeys.begin(), kCountryKeys.end(), Key(code));
-  if (found == kCountryKeys.end()) return;
-  const auto row = static_cast<std::size_t>(found - kCountryKeys.begin());
+  const int row = FindCountry(code);
+  if (row < 0) return;
 
   char name[128 + kUtf8Overshoot];
   GBKToUTF8(s_COUNTRY[row].name.bytes, name, 128);
-  LOG_CARD("nIndex = %d szCountry = %s ", static_cast<int>(row), name);
+  LOG_CARD("nIndex = %d szCountry = %s ", row, name);
   std::copy_n(name, std::strlen(name), dest);  // On purpose: without a terminating zero.
 }
