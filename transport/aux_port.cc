@@ -20,11 +20,11 @@ namespace {
 #define ESC "\x1B"
 
 // The open auxiliary port. Replaced as a whole by COMM_Com_OpenAuxPort; a close keeps it.
-struct {
+constinit struct {
   std::uint32_t family;     // 1 to 5; anything else works as 1
   std::string_view prefix;  // sent before every write
   std::string_view suffix;  // sent after it
-} g_AuxOp;
+} g_AuxOp = {};
 
 // Sequences of a terminal family that take no numbers.
 struct Family {

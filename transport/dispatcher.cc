@@ -17,13 +17,13 @@ namespace {
 // What the open transport is read with. Set by each successful open, by COMM_Dev_ChangeTermParam
 // and SetBackUpParam; the first two fields also by their own functions. A close keeps all of it:
 // the transports themselves say that they are not open.
-struct {
+constinit struct {
   int nTimeOut;  // seconds left for reads, a budget for the whole exchange; may go below 0
   QL_END_CONDITION pEnd;
   std::atomic<std::uint32_t> nKind;  // read by a cancel from another thread
   std::uint32_t nAuxCloseFlag;
   int nAuxSelector;  // 1 or more: auxiliary port
-} stBackUpParam;
+} stBackUpParam = {};
 
 // Kind of the transport that the dispatcher holds open, or 0. Set by a successful open; cleared by
 // close and by a failed open, which leaves none.
