@@ -68,6 +68,12 @@ struct DoctorOptions {
 };
 int DoctorCommand(const DoctorOptions& options);
 
+struct LogOptions {
+  std::string file;  // empty: where the library writes it
+  bool redact = false;
+};
+int LogCommand(const LogOptions& options);
+
 int ExplainCommand(const std::string& code);
 
 }  // namespace qlid

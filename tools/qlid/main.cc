@@ -24,6 +24,7 @@ struct CommandLine {
   DemoOptions demo;
   DoctorOptions doctor;
   std::string explain;
+  LogOptions log;
   std::string shell;
   std::string language;
   std::string color = "auto";
@@ -163,6 +164,12 @@ void AddExplain(CLI::App& app, CommandLine* line) {
   explain->prefix_command();
 }
 
+void AddLog(CLI::App& app, CommandLine* line) {
+  CLI::App* log = app.add_subcommand("log", "Show the library's log");
+  log->add_option("FILE", line->log.file, "Another log; - for standard input");
+  log->add_flag("--redact", line->log.redact, "Mask personal data");
+}
+
 void AddCompletion(CLI::App& app, CommandLine* line) {
   CLI::App* completion = app.add_subcommand("completion", "Print a completion script for a shell");
   completion->add_option("SHELL", line->shell, "Shell")
@@ -284,6 +291,7 @@ int Run(const CLI::App& app, const CommandLine& line) {
   if (app.got_subcommand("decode")) return DecodeCommand(line.decode);
   if (app.got_subcommand("simulate")) return SimulateCommand(line.simulate);
   if (app.got_subcommand("explain")) return ExplainCommand(line.explain);
+  if (app.got_subcommand("log")) return LogCommand(line.log);
   if (app.got_subcommand("completion")) return CompletionCommand(app, line.shell);
   if (extras) return UnknownCommand(app, app.remaining().front());
   std::printf("%s", app.help().c_str());
@@ -309,6 +317,7 @@ int Main(int argc, char** argv) {
   AddDecode(app, &line);
   AddSimulate(app, &line);
   AddExplain(app, &line);
+  AddLog(app, &line);
   AddCompletion(app, &line);
   app.require_subcommand(0, 1);
   // After the commands are added, so that they do not inherit it: an unknown word is named as an
