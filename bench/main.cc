@@ -40,6 +40,7 @@ int main(int argc, char** argv) {
   bench::AddTextRows(table);
   bench::AddCardRows(table);
   bench::AddLogRows(table);
+  bench::AddReadRows(table);
   bench::AddLoadRows(table);
   return table.Run(options);
 }

@@ -130,6 +130,7 @@ void AddTextRows(Table& table);
 void AddCardRows(Table& table);
 void AddLogRows(Table& table);
 void AddLoadRows(Table& table);
+void AddReadRows(Table& table);
 
 }  // namespace bench
 
