@@ -40,7 +40,7 @@ Bytes Resized(Bytes reply, std::size_t size) {
 // The reply in small pieces, `rate` bytes a second.
 std::vector<Step> Trickle(const Bytes& reply, std::size_t rate) {
   rate = std::max<std::size_t>(rate, 1);
-  const std::size_t piece = std::max<std::size_t>(rate / 100, 1);
+  const std::size_t piece = rate < 1000 ? 1 : rate / 100;
   std::vector<Step> steps;
   for (std::size_t at = 0; at < reply.size(); at += piece) {
     const std::size_t size = std::min(piece, reply.size() - at);

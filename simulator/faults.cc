@@ -20,7 +20,7 @@ constexpr FaultRow kFaults[] = {
     {FaultId::kCut,          -5,   "cut",            "BYTES",   700,  "read replies stop after so many bytes"     },
     {FaultId::kGarbage,      -5,   "garbage",        "BYTES",   7,    "so many bytes FF before every reply"       },
     {FaultId::kSlow,         0,    "slow",           "BYTES/S", 1000, "replies trickle; the host waits 5 s"       },
-    {FaultId::kLate,         0,    "late",           "SECONDS", 2,    "replies come late; the host waits 3 s"     },
+    {FaultId::kLate,         0,    "late",           "SECONDS", 1,    "replies come late; the host waits 3 s"     },
     {FaultId::kHangUp,       -5,   "hang-up",        "BYTES",   700,  "the line goes dead after so many bytes"    },
     {FaultId::kOtherKind,    -11,  "other-kind",     "",        0,    "a card of another kind lies there"         },
     {FaultId::kUnknownKind,  -11,  "unknown-kind",   "",        0,    "the card's kind mark is of no kind"        },

@@ -115,6 +115,9 @@ void HoldWallClock(std::int64_t seconds, std::int64_t nanoseconds) {
   s_held.tv_nsec = static_cast<long>(nanoseconds);
   s_wall_held = true;
 }
+double Seconds() {
+  return ::Seconds(RealTime(CLOCK_MONOTONIC)) + (s_system ? 0.0 : AheadOfRealTime());
+}
 double SecondsSlept() { return s_slept; }
 int SleepCalls() { return s_sleep_calls; }
 unsigned LastSleep() { return s_last_sleep; }

@@ -23,6 +23,9 @@ void StepWallClock(double seconds);
 // Holds the library's wall clock at this time; tests of time stamps.
 void HoldWallClock(std::int64_t seconds, std::int64_t nanoseconds);
 
+// The library's monotonic clock, in seconds.
+double Seconds();
+
 // Seconds that the library slept through sleep() and nanosleep() so far.
 double SecondsSlept();
 

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <span>
 
 #include "tests/testing/stand_in_clock.h"
 
@@ -131,17 +132,20 @@ int libusb_bulk_transfer(libusb_device_handle* handle, unsigned char endpoint, u
   char call[64];
   std::snprintf(call, sizeof call, "transfer %02X %d %u", endpoint, length, timeout);
   OnHandle(call, handle);
+  const auto room = static_cast<std::size_t>(length);
+  const bool in = (endpoint & LIBUSB_ENDPOINT_IN) != 0;
   fake_libusb::Transfer transfer = Now().otherwise;
-  if (!Now().transfers.empty()) {
+  if (Now().device) {
+    transfer = Now().device(in ? std::span<unsigned char>() : std::span(data, room), timeout);
+  } else if (!Now().transfers.empty()) {
     transfer = Now().transfers.front();
     Now().transfers.pop_front();
   }
   if (transfer.meanwhile) transfer.meanwhile();
   stand_in_clock::Advance(transfer.seconds);
 
-  const auto room = static_cast<std::size_t>(length);
   int moved = 0;
-  if (endpoint & LIBUSB_ENDPOINT_IN) {
+  if (in) {
     EXPECT_LE(transfer.bytes.size(), room);
     if (!transfer.bytes.empty()) std::memcpy(data, transfer.bytes.data(), transfer.bytes.size());
     moved = static_cast<int>(transfer.bytes.size());

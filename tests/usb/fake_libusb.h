@@ -7,6 +7,7 @@
 #include <deque>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,9 @@ struct State {
   int claim_result = 0;
   std::deque<Transfer> transfers;  // the next ones in turn
   Transfer otherwise;              // when there is none left
+  // Asked for every transfer instead of the two above, with what goes out (nothing for a transfer
+  // in) and the time limit in milliseconds.
+  std::function<Transfer(std::span<const unsigned char> out, unsigned limit)> device{};
 
   std::vector<std::string> calls;  // by name, in order, with what they were given
   std::vector<std::vector<unsigned char>> written;

@@ -1,0 +1,31 @@
+// What a reader may do wrong, and how a read of a resident's card then ends: one table for serial
+// and USB readers, and for docs/testing.md.
+#ifndef QUILLONID_TESTS_FAULTS_READER_FAULTS_H
+#define QUILLONID_TESTS_FAULTS_READER_FAULTS_H
+
+#include <initializer_list>
+#include <iosfwd>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace faults {
+
+inline constexpr int kTimeLimit = 8;  // seconds, of the reads
+
+struct ReaderFault {
+  std::string fault;        // as simulator::ParseFault takes it
+  std::vector<int> serial;  // published results; more than one where it depends on which bytes of
+  std::vector<int> usb;     // an old answer meet which command
+  int seconds;              // that the read may take by the library's clock
+};
+
+void PrintTo(const ReaderFault& row, std::ostream* out);
+
+std::span<const ReaderFault> ReaderFaults();
+
+bool Has(const std::vector<int>& results, int result);
+
+}  // namespace faults
+
+#endif
