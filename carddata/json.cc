@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
 #include <span>
 
@@ -26,7 +25,9 @@ using JsonFields = std::span<const JsonField>;
 
 constexpr char kPhotoKey[] = "PhotoNativeData";
 constexpr std::size_t kPhotoTextSize = 2 * kPhotoBlockSize + 1;  // base64 takes less
+constexpr std::size_t kDateSize = 29;                            // of a date, at most
 constexpr std::size_t kValiditySize = 64;
+static_assert(kDateSize + 1 + kDateSize < kValiditySize);
 
 constexpr std::size_t ValuesSize(JsonFields fields) {
   std::size_t size = kPhotoTextSize;
@@ -98,8 +99,12 @@ void AddFields(JsonFields fields, const void* record, JsonObject* object) {
         object->Add(row.key, value, row.field.width);
         break;
       case JsonUse::kValidity: {  // `validEnd` follows `validStart` in every record.
-        char validity[kValiditySize];
-        std::snprintf(validity, sizeof validity, "%.29s-%.29s", value, value + row.field.width);
+        char validity[kValiditySize] = {};
+        const std::size_t length = strnlen(value, kDateSize);
+        std::memcpy(validity, value, length);
+        validity[length] = '-';
+        const char* const end = value + row.field.width;
+        std::memcpy(validity + length + 1, end, strnlen(end, kDateSize));
         object->Add(row.key, validity, sizeof validity);
         break;
       }
@@ -164,8 +169,8 @@ int PackInto(const Record& record, std::size_t tail, char* out) {
   }
   const std::size_t length = std::strlen(json.text.get());
   if (length + 2 > QL_JSON_SIZE) return -1;
-  std::memset(out, 0, length + tail);
   std::memcpy(out, json.text.get(), length);
+  std::memset(out + length, 0, tail);
   return RET_PUB_SUCCESS;
 }
 
