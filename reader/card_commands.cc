@@ -351,7 +351,12 @@ int GetIDCardInfo(int nTimeOut, int bFinger, unsigned char* pData, int* pLen) {
 }
 
 int CancelIdRead() {
-  if (s_bCancel.exchange(1) != 0) return RET_PUB_SUCCESS;
+  if (s_bCancel.exchange(1) != 0) {
+    // Asked for already, perhaps between a command and the wait for its answer, where the line
+    // forgets it: a wait that runs now ends.
+    COMM_Com_CancelLinuxRead();
+    return RET_PUB_SUCCESS;
+  }
   g_CancleSdtFlag = 1;
   Dev_Zel_IdCardCancel();
   return RET_PUB_SUCCESS;

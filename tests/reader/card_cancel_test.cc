@@ -59,6 +59,17 @@ TEST_F(CardCancel, EndsARead) {
   EXPECT_LT(taken, std::chrono::milliseconds(4800));  // below the five seconds of a read
 }
 
+// Against a cancel that comes when no wait runs yet, and makes those behind it do nothing.
+TEST_F(CardCancel, AskedForAgainEndsAReadThatTheFirstOneMissed) {
+  stand_in_clock::UseSystemClock();
+  reader.On(kReadCommand, kSilence, CancelTheWait);
+  CancelIdRead();
+
+  const auto taken = TimeOf([this] { EXPECT_EQ(-57, ReadIDCard(0, data, &length)); });
+
+  EXPECT_LT(taken, std::chrono::milliseconds(3500));  // well below the five seconds of a read
+}
+
 TEST_F(CardCancel, EndsASequenceThatWaitsForTheSelect) {
   reader.On(kSearchCommand, kFoundAnswer);
   reader.On(kSelectCommand, kSilence, CancelTheWait);
