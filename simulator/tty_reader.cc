@@ -17,25 +17,10 @@
 #include <system_error>
 #include <thread>
 
+#include "simulator/line_speed.h"
+
 namespace simulator {
 namespace {
-
-struct SpeedCode {
-  speed_t code;
-  int speed;
-};
-constexpr SpeedCode kSpeedCodes[] = {
-    {B300,    300   },
-    {B1200,   1200  },
-    {B2400,   2400  },
-    {B4800,   4800  },
-    {B9600,   9600  },
-    {B19200,  19200 },
-    {B38400,  38400 },
-    {B57600,  57600 },
-    {B115200, 115200},
-    {B230400, 230400},
-};
 
 constexpr int kHostPasses = 200;     // that the host gets to read the last bytes before a hang-up,
 constexpr int kHostPassLength = 10;  // ms each
@@ -91,8 +76,8 @@ void Nap(int milliseconds) { poll(nullptr, 0, milliseconds); }
 
 class TtyReader::Line {
  public:
-  explicit Line(CardModule* module)
-      : module_(module),
+  explicit Line(Answerer answerer)
+      : answerer_(std::move(answerer)),
         master_(OpenMaster(), "pseudo-terminal"),
         path_(SlavePath(master_.get())),
         keeper_(open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), path_.c_str()),
@@ -132,10 +117,7 @@ class TtyReader::Line {
     const std::lock_guard guard(master_lock_);
     termios settings = {};
     if (master_.get() < 0 || tcgetattr(master_.get(), &settings) != 0) return 0;
-    for (const SpeedCode& row : kSpeedCodes) {
-      if (row.code == cfgetospeed(&settings)) return row.speed;
-    }
-    return 0;
+    return BitsPerSecond(settings);
   }
 
  private:
@@ -177,7 +159,7 @@ class TtyReader::Line {
     const ssize_t got = read(master_.get(), bytes.data(), bytes.size());
     if (got <= 0) return;
     const std::span<const std::uint8_t> received(bytes.data(), static_cast<std::size_t>(got));
-    std::vector<Exchange> exchanges = module_->Receive(received, Speed());
+    std::vector<Exchange> exchanges = answerer_(received, Speed());
     {
       const std::lock_guard guard(record_lock_);
       counters_.bytes_received += received.size();
@@ -259,7 +241,7 @@ class TtyReader::Line {
     if (trace_) trace_({std::chrono::system_clock::now(), direction, bytes, meaning});
   }
 
-  CardModule* module_;
+  const Answerer answerer_;
 
   mutable std::mutex master_lock_;  // guards the closing of the descriptors against Speed()
   Descriptor master_;
@@ -284,7 +266,12 @@ class TtyReader::Line {
   std::thread thread_;    // last: it uses the rest
 };
 
-TtyReader::TtyReader() : line_(std::make_unique<Line>(&module_)), path_(line_->path()) {}
+TtyReader::TtyReader()
+    : TtyReader([this](std::span<const std::uint8_t> bytes, int line_speed) {
+        return module_.Receive(bytes, line_speed);
+      }) {}
+TtyReader::TtyReader(Answerer answerer)
+    : line_(std::make_unique<Line>(std::move(answerer))), path_(line_->path()) {}
 TtyReader::~TtyReader() = default;
 
 void TtyReader::SetTrace(std::function<void(const TraceEvent&)> trace) {

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,8 +30,13 @@ struct TraceEvent {
 
 class TtyReader {
  public:
+  // Takes bytes from the host, sent at a line speed, and gives the exchanges that are whole.
+  using Answerer = std::function<std::vector<Exchange>(std::span<const std::uint8_t>, int)>;
+
   // Throws std::system_error when there is no pseudo-terminal to be had.
   TtyReader();
+  // With another mind than its card module.
+  explicit TtyReader(Answerer answerer);
   TtyReader(const TtyReader&) = delete;
   TtyReader& operator=(const TtyReader&) = delete;
   ~TtyReader();

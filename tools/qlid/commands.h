@@ -23,6 +23,9 @@ struct ReadOptions {
   bool watch = false;     // card after card until stopped
   int pause = 500;        // then, milliseconds between a read and the next
   std::string exec;       // command that takes each card over; empty: none
+  bool trace = false;     // show the frames that travel
+  bool timing = false;    // show where the time went
+  std::string record;     // file for everything that travels; empty: none
   int exec_seconds = 60;  // that it may take
   OutputOptions output;
 };
@@ -52,6 +55,7 @@ struct SimulateOptions {
   std::string fault;
   std::string link;  // a symbolic link to the tty, made and removed
   bool trace = false;
+  std::string replay;  // recording to answer from; empty: a specimen card
 };
 int SimulateCommand(const SimulateOptions& options);
 

@@ -97,10 +97,21 @@ void AddRead(CLI::App& app, CommandLine* line) {
   read->add_option("--exec-timeout", line->read.exec_seconds, "Seconds that the command may take")
       ->check(CLI::Range(1, 86400))
       ->capture_default_str();
+  read->add_flag("--timing", line->read.timing, "Show where the time of a serial read went");
+  read->add_flag("--trace", line->read.trace, "Show what travels on a serial line");
+  CLI::Option* record =
+      read->add_option("--record", line->read.record,
+                       "Write what travels on a serial line to this file, for simulate --replay")
+          ->type_name("FILE");
+  for (const char* other : {"--watch", "--raise-baud"}) {
+    for (const char* tap : {"--timing", "--trace", "--record"})
+      read->get_option(tap)->excludes(read->get_option(other));
+  }
   read->add_option("--native", line->read.output.native,
                    "Write the card's native data to this file")
       ->type_name("FILE");
   AddOutput(read, &line->read.output);
+  record->excludes(read->get_option("--redact"));
 }
 
 void AddDevices(CLI::App& app, CommandLine* line) {
@@ -138,6 +149,11 @@ void AddSimulate(CLI::App& app, CommandLine* line) {
   simulate
       ->add_option("--link", line->simulate.link, "Symbolic link to the tty, removed at the end")
       ->type_name("FILE");
+  simulate
+      ->add_option("--replay", line->simulate.replay,
+                   "Answer as the reader did in this file of read --record")
+      ->type_name("FILE")
+      ->excludes(simulate->get_option("--fault"));
   simulate->add_flag("--trace", line->simulate.trace, "Show what travels");
 }
 

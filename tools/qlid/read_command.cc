@@ -5,6 +5,7 @@
 #include "tools/qlid/read_failure.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/tapped_reading.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -22,18 +23,8 @@ Report OtherKindReport(const std::string& wanted, CardKind kind) {
   };
 }
 
-}  // namespace
-
-int ReadCommand(const ReadOptions& options) {
-  Outcome outcome;
-  outcome.device = options.request.device;
-  if (const auto problem = CheckRequest(options.request)) {
-    outcome.report = &*problem;
-    PrintOutcome(outcome, options.output);
-    return problem->exit;
-  }
-  const Reading reading = ReadCard(options.request);
-  outcome.elapsed_ms = reading.elapsed_ms;
+// Hands over the card, or says why there is none. Returns the exit status.
+int Tell(const Reading& reading, Outcome outcome, const ReadOptions& options) {
   std::optional<Report> report;
   if (reading.result != QL_SUCCESS) {
     report = ReadReport(options.request, reading);
@@ -47,6 +38,35 @@ int ReadCommand(const ReadOptions& options) {
   outcome.report = &*report;
   PrintOutcome(outcome, options.output);
   return report->exit;
+}
+
+}  // namespace
+
+int ReadCommand(const ReadOptions& options) {
+  Outcome outcome;
+  outcome.device = options.request.device;
+  auto wrong = CheckRequest(options.request);
+  if (!wrong) wrong = CheckTap(options);
+  if (wrong) {
+    outcome.report = &*wrong;
+    PrintOutcome(outcome, options.output);
+    return wrong->exit;
+  }
+  TappedReading tapped;
+  if (TapWanted(options)) {
+    tapped = ReadTapped(options);
+  } else {
+    tapped.reading = ReadCard(options.request);
+  }
+  const Reading& reading = tapped.reading;
+  outcome.elapsed_ms = reading.elapsed_ms;
+  if (options.timing && tapped.timing) outcome.timing = &*tapped.timing;
+  const int status = Tell(reading, outcome, options);
+  if (outcome.timing && !options.output.json) PrintTiming(*outcome.timing);
+  if (options.record.empty()) return status;
+  const std::optional<Report> problem = WriteRecording(tapped, options);
+  if (problem) PrintReport(*problem);
+  return problem && status == kExitDone ? problem->exit : status;
 }
 
 }  // namespace qlid

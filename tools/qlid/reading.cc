@@ -114,7 +114,7 @@ Reading ReadCard(const ReadRequest& request) {
     if (cancelling || node.IsGone()) {
       // A cancel between two commands of the read is missed: ask until the read has ended.
       APP_ID_CancelRead();
-    } else {
+    } else if (request.countdown) {
       const long left = request.timeout - MillisecondsSince(start) / 1000;
       if (left > 0) {
         status.Show(

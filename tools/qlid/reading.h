@@ -18,6 +18,7 @@ struct ReadRequest {
   bool raise_baud = false;
   bool search_direct = false;
   bool one_command = false;
+  bool countdown = true;  // on a terminal
 };
 
 struct Reading {

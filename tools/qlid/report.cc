@@ -52,6 +52,11 @@ Json Envelope(const Outcome& outcome, bool photo) {
   if (outcome.elapsed_ms >= 0) {
     cJSON_AddNumberToObject(document.get(), "elapsed_ms", static_cast<double>(outcome.elapsed_ms));
   }
+  if (outcome.timing) {
+    cJSON* timing = cJSON_AddObjectToObject(document.get(), "timing_ms");
+    for (const Timing::Row& row : outcome.timing->rows)
+      cJSON_AddNumberToObject(timing, row.name, static_cast<double>(row.time.count()) / 1000.0);
+  }
   return document;
 }
 

@@ -9,6 +9,7 @@
 
 #include "tools/qlid/card_view.h"
 #include "tools/qlid/commands.h"
+#include "tools/qlid/trace.h"
 
 namespace qlid {
 
@@ -30,6 +31,7 @@ struct Outcome {
   const Report* report = nullptr;  // null: all went well
   std::string device;              // empty: no reader was involved
   long elapsed_ms = -1;
+  const Timing* timing = nullptr;  // where the time went
 };
 
 // The card and what went wrong, to standard output and standard error, as `options` ask.

@@ -2,20 +2,25 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <ctime>
+#include <functional>
+#include <span>
 #include <system_error>
 
 #include "quillonid/results.h"
+#include "simulator/recording.h"
 #include "tools/qlid/commands.h"
+#include "tools/qlid/files.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/specimen_reader.h"
 #include "tools/qlid/terminal.h"
+#include "tools/qlid/terminal_keys.h"
+#include "tools/qlid/trace.h"
 
 namespace qlid {
 namespace {
 
-constexpr std::size_t kBytesShown = 24;
+constexpr std::size_t kRecordingLimit = 64 << 20;
 
 int PrintSpecimens() {
   for (const simulator::Specimen& person : simulator::Specimens()) {
@@ -27,24 +32,6 @@ int PrintSpecimens() {
 int PrintFaults() {
   std::printf("%s", simulator::FaultHelp().c_str());
   return kExitDone;
-}
-
-void PrintTrace(const simulator::TraceEvent& event) {
-  const auto since = event.time.time_since_epoch();
-  const time_t seconds = std::chrono::system_clock::to_time_t(event.time);
-  const long milliseconds =
-      std::chrono::duration_cast<std::chrono::milliseconds>(since).count() % 1000;
-  tm local = {};
-  localtime_r(&seconds, &local);
-  const bool from_host = event.direction == simulator::TraceEvent::Direction::kFromHost;
-  std::string line =
-      Format("%02d:%02d:%02d.%03ld  %s  %s", local.tm_hour, local.tm_min, local.tm_sec,
-             milliseconds, from_host ? "<" : ">", PaddedTo(event.meaning, 16).c_str());
-  for (std::size_t i = 0; i < event.bytes.size() && i < kBytesShown; ++i)
-    line += Format(" %02X", event.bytes[i]);
-  if (event.bytes.size() > kBytesShown)
-    line += Format(Tr(" ... %zu bytes", " ... 共 %zu 字节"), event.bytes.size());
-  std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 // A symbolic link to the reader's tty for as long as it lives.
@@ -66,46 +53,147 @@ class Link {
   bool made_;
 };
 
-void Announce(const SimulateOptions& options, const simulator::TtyReader& reader,
-              const simulator::Card& card) {
-  std::fprintf(stderr,
-               Tr("Reader on %s, any speed. Card: %s%s. Nobody real.\n",
-                  "读卡器位于 %s，任意波特率。卡片：%s%s。均为样本。\n"),
-               reader.path().c_str(), card.person.about.c_str(),
-               card.fingerprints ? Tr(", with two fingerprint templates", "，含两个指纹模板") : "");
-  if (!options.fault.empty())
-    std::fprintf(stderr, Tr("Fault: %s\n", "故障：%s\n"), options.fault.c_str());
-  std::fprintf(stderr,
-               Tr("Read it:  qlid read --device %s%s     (or your own program)\nCtrl-C ends it.\n",
-                  "读取：qlid read --device %s%s     （或您自己的程序）\n按 Ctrl-C 结束。\n"),
-               reader.path().c_str(), card.fingerprints ? " --fingerprints" : "");
+void Say(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
+
+// What lies on the reader and how it misbehaves, as the keys change it.
+class Stage {
+ public:
+  Stage(simulator::TtyReader* reader, const simulator::Card& card) : reader_(reader), card_(card) {
+    Put();
+  }
+
+  // False when the key ends it.
+  bool Press(char key) {
+    switch (key) {
+      case 'p':
+        Put();
+        Say(Format(Tr("Card: %s", "卡片：%s"), card_.person.about.c_str()));
+        break;
+      case 'r':
+        reader_->RemoveCard();
+        Say(Tr("Card taken away", "卡片已拿走"));
+        break;
+      case '1':
+      case '2':
+      case '3':
+        card_ = simulator::MakeCard(kKeyCards[key - '1'], card_.fingerprints);
+        return Press('p');
+      case 'f':
+        NextFault();
+        break;
+      default:
+        break;
+    }
+    return key != 'q';
+  }
+
+ private:
+  static constexpr const char* kKeyCards[] = {"resident", "foreigner", "permit"};
+
+  void Put() { reader_->PutCard(card_); }
+
+  void NextFault() {
+    const auto faults = simulator::FaultTable();
+    do {
+      fault_ = (fault_ + 1) % (faults.size() + 1);
+      // A line that was hung up stays dead, which would be the last of the faults.
+    } while (fault_ > 0 && faults[fault_ - 1].id == simulator::FaultId::kHangUp);
+    if (fault_ == 0) {
+      reader_->module().ClearFaults();
+      Say(Tr("Fault: none", "故障：无"));
+      return;
+    }
+    const simulator::FaultRow& row = faults[fault_ - 1];
+    reader_->SetFault({row.id, row.value});
+    Say(Format(Tr("Fault: %s, %s", "故障：%s，%s"),
+               simulator::FaultText({row.id, row.value}).c_str(), row.about));
+  }
+
+  simulator::TtyReader* reader_;
+  simulator::Card card_;
+  std::size_t fault_ = 0;  // row of the fault table, from 1; 0: none
+};
+
+void Announce(const simulator::TtyReader& reader, const std::string& what, const char* options,
+              bool keys) {
+  Say(Format(Tr("Reader on %s, any speed. %s", "读卡器位于 %s，任意波特率。%s"),
+             reader.path().c_str(), what.c_str()));
+  Say(Format(Tr("Read it:  qlid read --device %s%s     (or your own program)",
+                "读取：qlid read --device %s%s     （或您自己的程序）"),
+             reader.path().c_str(), options));
+  Say(keys ? Tr("Keys: p put card, r remove card, 1 2 3 other card, f next fault, q quit",
+                "按键：p 放卡，r 取卡，1 2 3 换卡，f 下一个故障，q 退出")
+           : Tr("Ctrl-C ends it.", "按 Ctrl-C 结束。"));
   // For programs that start this one: the path alone on standard output.
   std::printf("%s\n", reader.path().c_str());
   std::fflush(stdout);
 }
 
+// Until a signal comes, or `press` is given a key that ends it.
+void WaitForTheEnd(TerminalKeys* keys, const std::function<bool(char)>& press) {
+  while (WaitForSignal(1000, keys->descriptor()) == 0) {
+    for (char key = keys->Take(); key != 0; key = keys->Take()) {
+      if (!press(key)) return;
+    }
+  }
+}
+
+bool LinkStands(const Link& link, const std::string& name) {
+  if (!link.Wanted() || link.Made()) return true;
+  std::perror(name.c_str());
+  return false;
+}
+
 int Serve(const SimulateOptions& options, const simulator::Card& card,
           const std::optional<simulator::Fault>& fault) {
   simulator::TtyReader reader;
-  reader.PutCard(card);
+  Stage stage(&reader, card);
   if (fault) reader.SetFault(*fault);
-  if (options.trace) reader.SetTrace(PrintTrace);
+  if (options.trace) reader.SetTrace([](const auto& event) { PrintTrace(event); });
   const Link link(reader.path(), options.link);
-  if (link.Wanted() && !link.Made()) {
-    std::perror(options.link.c_str());
-    return kExitUnexpected;
-  }
-  Announce(options, reader, card);
-  while (WaitForSignal(1000) == 0) {
-  }
+  if (!LinkStands(link, options.link)) return kExitUnexpected;
+  TerminalKeys keys;
+  std::string what =
+      Format(Tr("Card: %s%s. Nobody real.", "卡片：%s%s。均为样本。"), card.person.about.c_str(),
+             card.fingerprints ? Tr(", with two fingerprint templates", "，含两个指纹模板") : "");
+  if (fault) what += Format(Tr(" Fault: %s.", " 故障：%s。"), simulator::FaultText(*fault).c_str());
+  Announce(reader, what, card.fingerprints ? " --fingerprints" : "", keys.Active());
+  WaitForTheEnd(&keys, [&](char key) { return stage.Press(key); });
   return kExitDone;
 }
 
-}  // namespace
+int ServeRecording(const SimulateOptions& options,
+                   const std::vector<simulator::RecordedPiece>& pieces) {
+  simulator::Replay replay(pieces);
+  simulator::TtyReader reader([&](std::span<const std::uint8_t> bytes, int line_speed) {
+    return replay.Receive(bytes, line_speed);
+  });
+  if (options.trace) reader.SetTrace([](const auto& event) { PrintTrace(event); });
+  const Link link(reader.path(), options.link);
+  if (!LinkStands(link, options.link)) return kExitUnexpected;
+  TerminalKeys keys;
+  Announce(reader, Format(Tr("As recorded in %s.", "按 %s 的记录应答。"), options.replay.c_str()),
+           "", false);
+  WaitForTheEnd(&keys, [](char key) { return key != 'q'; });
+  return kExitDone;
+}
 
-int SimulateCommand(const SimulateOptions& options) {
-  if (options.person == "help") return PrintSpecimens();
-  if (options.fault == "help") return PrintFaults();
+int ReplayCommand(const SimulateOptions& options) {
+  std::vector<std::uint8_t> text;
+  std::string problem;
+  if (ReadFile(options.replay, kRecordingLimit, &text, &problem)) {
+    const auto pieces = simulator::ParseRecording(std::string(text.begin(), text.end()), &problem);
+    if (pieces) return ServeRecording(options, *pieces);
+  }
+  Report report = UsageReport(Format(Tr("%s is no recording: %s", "%s 不是记录文件：%s"),
+                                     options.replay.c_str(), problem.c_str()),
+                              Tr("make one: qlid read --device PORT --record FILE",
+                                 "生成一份：qlid read --device 串口 --record 文件"));
+  PrintReport(report);
+  return kExitUsage;
+}
+
+int SpecimenCommand(const SimulateOptions& options) {
   simulator::Card card;
   std::string problem;
   const std::string& name = options.person.empty() ? options.card : options.person;
@@ -121,8 +209,16 @@ int SimulateCommand(const SimulateOptions& options) {
       return kExitUsage;
     }
   }
+  return Serve(options, card, fault);
+}
+
+}  // namespace
+
+int SimulateCommand(const SimulateOptions& options) {
+  if (options.person == "help") return PrintSpecimens();
+  if (options.fault == "help") return PrintFaults();
   try {
-    return Serve(options, card, fault);
+    return options.replay.empty() ? SpecimenCommand(options) : ReplayCommand(options);
   } catch (const std::system_error& error) {
     PrintReport({QL_DEVICE_ERROR,
                  kExitUnexpected,
