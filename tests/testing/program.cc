@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -48,7 +49,7 @@ bool Take(int fd, std::string* text) {
 }  // namespace
 
 Program::Program(std::vector<std::string> words, const std::vector<std::string>& environment,
-                 bool terminal) {
+                 bool terminal, bool keyboard) {
   const std::vector<std::string> emulator = Emulator();
   words.insert(words.begin(), emulator.begin(), emulator.end());
   std::vector<char*> argv;
@@ -75,8 +76,12 @@ Program::Program(std::vector<std::string> words, const std::vector<std::string>&
     setenv("LANG", "C.UTF-8", 1);
     setenv("TERM", "xterm-256color", 1);
     for (const std::string& entry : environment) putenv(const_cast<char*>(entry.c_str()));
-    dup2(in[0], STDIN_FILENO);
-    dup2(out[1], STDOUT_FILENO);
+    if (keyboard) {
+      setsid();
+      ioctl(err[1], TIOCSCTTY, 0);
+    }
+    dup2(keyboard ? err[1] : in[0], STDIN_FILENO);
+    dup2(keyboard ? err[1] : out[1], STDOUT_FILENO);
     dup2(err[1], STDERR_FILENO);
     execvp(argv[0], argv.data());
     _exit(127);
@@ -87,6 +92,10 @@ Program::Program(std::vector<std::string> words, const std::vector<std::string>&
   in_ = in[1];
   out_ = out[0];
   err_ = err[0];
+  if (keyboard) {
+    close(in_);
+    in_ = fcntl(err_, F_DUPFD_CLOEXEC, 0);
+  }
 }
 
 Program::~Program() {

@@ -16,15 +16,20 @@ struct Output {
 class Program {
  public:
   // Starts a program of this build with its arguments, words[0] being its path. `environment`
-  // entries are "NAME=value". With `terminal` standard error is a pseudo-terminal. Standard input
-  // is empty, or what is written to `Type`.
+  // entries are "NAME=value". With `terminal` standard error is a pseudo-terminal, with `keyboard`
+  // too standard input and output, and it is the program's controlling one. Standard input is
+  // empty, or what is written to `Type`.
   explicit Program(std::vector<std::string> words, const std::vector<std::string>& environment = {},
-                   bool terminal = false);
+                   bool terminal = false, bool keyboard = false);
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
   ~Program();
 
   void Signal(int number) const;
+  pid_t pid() const { return pid_; }
+
+  // The other end of its terminal, with `keyboard`: for the terminal's settings and size.
+  int terminal() const { return in_; }
 
   // Writes to its standard input.
   void Type(const std::string& text) const;
