@@ -51,7 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   virtual_clock::Stop();
 
   FUZZ_CHECK(session::IsPublished(result));
-  FUZZ_CHECK(session::IsWithinBounds(reading.limit, scripted_tty::Stalled()));
+  FUZZ_CHECK(session::IsWithinBounds(reading.limit, end - scripted_tty::Stalled(),
+                                     virtual_clock::Calls()));
   FUZZ_CHECK(scripted_tty::OpenDescriptors() == 0);
   if (cancelled != kNever) {
     FUZZ_CHECK(end - cancelled <= kCancelled + scripted_tty::Stalled() - stalled);

@@ -27,9 +27,9 @@ int Read(const Reading& reading);
 
 bool IsPublished(int result);
 
-// Whether the time since the clock started, without `stalled`, and the calls that were made in it
-// are what a read of this limit may take.
-bool IsWithinBounds(int limit, std::int64_t stalled);
+// Whether the microseconds that a read of this limit took, those in which the line took no bytes
+// left out, and the calls that it made are bounded.
+bool IsWithinBounds(int limit, std::int64_t taken, std::int64_t calls);
 
 }  // namespace session
 

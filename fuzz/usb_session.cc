@@ -31,7 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   virtual_clock::Stop();
 
   FUZZ_CHECK(session::IsPublished(result));
-  FUZZ_CHECK(session::IsWithinBounds(reading.limit, 0));
+  FUZZ_CHECK(session::IsWithinBounds(reading.limit, virtual_clock::Microseconds(),
+                                     virtual_clock::Calls()));
   FUZZ_CHECK(scripted_usb::Held() == 0);
   if (reading.limit < 1) FUZZ_CHECK(result != 0);
   const bool cancelled = cancel_at != 0 && waits >= cancel_at;
