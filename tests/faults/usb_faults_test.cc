@@ -31,7 +31,10 @@ class UsbReader {
     module_.PutCard(simulator::MakeCard("resident"));
     fake_libusb::Now().device = [this](auto out, unsigned limit) {
       if (unplugged_) return Transfer{.result = LIBUSB_ERROR_NO_DEVICE};
-      return out.empty() ? Bring(limit / 1000.0) : Take(out);
+      const double seconds = limit / 1000.0;
+      if (out.empty()) return Bring(seconds);
+      return takes_nothing_ ? Transfer{.result = LIBUSB_ERROR_TIMEOUT, .seconds = seconds}
+                            : Take(out);
     };
   }
   UsbReader(const UsbReader&) = delete;
@@ -47,7 +50,7 @@ class UsbReader {
     }
   }
 
-  bool Unplugged() const { return unplugged_; }
+  void TakeNothing() { takes_nothing_ = true; }
 
  private:
   struct Piece {
@@ -90,6 +93,7 @@ class UsbReader {
   CardModule module_;
   std::deque<Piece> pieces_;
   double card_comes_ = 0;
+  bool takes_nothing_ = false;
   bool unplugged_ = false;
 };
 
@@ -115,6 +119,19 @@ TEST_P(UsbReadWith, EndsSo) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryFault, UsbReadWith, testing::ValuesIn(ReaderFaults()));
+
+TEST(UsbReadWith, AReaderThatTakesNothingEndsInTime) {
+  NEEDS_PRIVATE_ROOT();
+  UsbReader reader;
+  reader.TakeNothing();
+  char no_photo[] = "";
+  PERSONINFO_COLLECT record = {};
+  const double start = stand_in_clock::Seconds();
+
+  EXPECT_EQ(-5, APP_ID_ReadCollectIDCard("HID", "", 115200, kTimeLimit, no_photo, &record));
+
+  EXPECT_LE(stand_in_clock::Seconds() - start, kTimeLimit + 7);
+}
 
 TEST(UsbReadWith, AReaderThatWasPulledCannotBeOpened) {
   NEEDS_PRIVATE_ROOT();
