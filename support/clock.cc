@@ -1,5 +1,7 @@
 #include "support/clock.h"
 
+#include <algorithm>
+
 namespace {
 
 timespec Now(clockid_t clock) {
@@ -32,6 +34,7 @@ void NapMicroseconds(std::int64_t microseconds) {
 }
 
 void NapRestOfSlice(std::int64_t started, std::int64_t least, std::int64_t slice) {
-  const std::int64_t taken = MonotonicMilliseconds() - started;
+  // Not below zero: a clock that cannot be read stands at zero, long before `started`.
+  const std::int64_t taken = std::max<std::int64_t>(MonotonicMilliseconds() - started, 0);
   if (taken < least) Nap(slice - taken);
 }

@@ -7,6 +7,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
@@ -37,6 +38,7 @@ constexpr int kTooFast = 50;    // milliseconds: an empty pass on a live line ta
 constexpr int kRetry = 10;      // milliseconds: shortest wait of a write that found no room
 constexpr int kWriteLimit = 5;  // seconds that a line may take no byte before a write gives up
 constexpr int kUnblockWait = 1000;  // milliseconds
+constexpr int kMostSignals = 1000;  // that a change of settings outlasts while output drains
 
 struct Rate {
   int baud;
@@ -79,19 +81,29 @@ termios RawSettings(const termios& old, int baud) {
   return raw;
 }
 
+// Drains output, discards input and sets. A signal that comes while the line drains must neither
+// fail an open nor leave a tty with the reader's settings.
+bool DrainAndSet(int fd, const termios& settings) {
+  for (int i = 0; i < kMostSignals; ++i) {
+    if (tcsetattr(fd, TCSAFLUSH, &settings) == 0) return true;
+    if (errno != EINTR) return false;
+  }
+  return false;
+}
+
 // Applies the raw settings, draining output and discarding input first, and keeps those it found.
 bool ApplySettings(int fd, int baud) {
   termios found = {};
   if (tcgetattr(fd, &found) != 0) return false;
   const termios raw = RawSettings(found, baud);
-  if (tcsetattr(fd, TCSAFLUSH, &raw) != 0) return false;
+  if (!DrainAndSet(fd, raw)) return false;
   g_stOldTermAttr = found;
   s_nSettingsFd = fd;
   return true;
 }
 
 void RestoreSettings(int fd) {
-  if (fd == s_nSettingsFd) tcsetattr(fd, TCSAFLUSH, &g_stOldTermAttr);
+  if (fd == s_nSettingsFd) DrainAndSet(fd, g_stOldTermAttr);
 }
 
 // Waits up to `milliseconds` for one of `events`. Returns poll's result.
@@ -99,8 +111,9 @@ int WaitFor(int fd, short events, int milliseconds) {
   const std::int64_t end = MonotonicMilliseconds() + milliseconds;
   for (;;) {
     pollfd line = {fd, events, 0};
-    const std::int64_t left = end - MonotonicMilliseconds();
-    const int ready = poll(&line, 1, left > 0 ? static_cast<int>(left) : 0);
+    // Not more than asked for: a clock that cannot be read stands at zero.
+    const auto left = std::clamp<std::int64_t>(end - MonotonicMilliseconds(), 0, milliseconds);
+    const int ready = poll(&line, 1, static_cast<int>(left));
     if (ready >= 0 || errno != EINTR) return ready;
   }
 }
