@@ -33,16 +33,22 @@ int Saturated(std::int64_t size) { return static_cast<int>(std::min<std::int64_t
 
 std::int64_t Base64Size(std::int64_t size) { return (size + 2) / 3 * 4; }
 
-// Reads until `size` bytes are there, the file ends or fails; returns how many.
-std::size_t ReadUpTo(int fd, unsigned char* buffer, std::size_t size) {
+// What a file gave, up to its end or to a failure.
+struct Content {
+  std::size_t size;
+  bool whole;  // false: the file failed there
+};
+
+// Reads until `size` bytes are there, the file ends or fails.
+Content ReadUpTo(int fd, unsigned char* buffer, std::size_t size) {
   std::size_t got = 0;
   while (got < size) {
     const ssize_t n = read(fd, buffer + got, size - got);
     if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) break;
+    if (n <= 0) return {got, n == 0};
     got += static_cast<std::size_t>(n);
   }
-  return got;
+  return {got, true};
 }
 
 }  // namespace
@@ -80,7 +86,8 @@ int ReadFileData(const char* path, unsigned char* buf, int* len) {
   if (!file) return -1;
   // Not more than the caller has room for, although the file may have grown or lied about its size.
   const auto room = static_cast<std::size_t>(std::max(*len, 0));
-  const int got = static_cast<int>(ReadUpTo(file.get(), buf, room));
+  // On purpose: what a failing disk gave so far counts as the file.
+  const int got = static_cast<int>(ReadUpTo(file.get(), buf, room).size);
   for (int left = got; left > 0; left -= kChunk) {
     LOG_PUBLIC("ReadFileData lenR : %d ", std::min(left, kChunk));
   }
@@ -107,7 +114,11 @@ int WriteDataToFile(void* /*ignored*/, const char* fileName, const unsigned char
 
 int CopyFile(const char* src, const char* dst, int overwrite) {
   if (src == nullptr || dst == nullptr) return 0;
-  if (overwrite == 0 && Descriptor(open(dst, kReading))) return 0;
+  if (overwrite == 0) {
+    // A target that is there but does not open is not for replacing either.
+    const Descriptor target(open(dst, kReading));
+    if (target || errno != ENOENT) return 0;
+  }
 
   const Descriptor source(open(src, kReading));
   struct stat from = {};
@@ -144,7 +155,10 @@ int GetBase64DataEx(const char* path, char* dst) {
     if (status.st_size == 0) return -1;
     content = ZeroedHeap(static_cast<std::size_t>(status.st_size));
     if (content == nullptr) return -2;
-    size = ReadUpTo(file.get(), content.get(), static_cast<std::size_t>(status.st_size));
+    const Content got =
+        ReadUpTo(file.get(), content.get(), static_cast<std::size_t>(status.st_size));
+    if (!got.whole) return -2;
+    size = got.size;
   }
 
   const int length = Base64_EncData(content.get(), static_cast<int>(size), dst, INT_MAX);

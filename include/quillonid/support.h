@@ -113,7 +113,7 @@ QL_API char* IniBase64Table(void);
 
 /** Writes the base64 text of a regular file, with its zero, to `dst`, which must hold
  *  (size + 2) / 3 * 4 + 1 bytes, and to the log. Returns 0, -1 when the file is empty, -2 when it
- *  cannot be opened or is larger than 1 GiB. */
+ *  cannot be opened or read or is larger than 1 GiB. */
 QL_API int GetBase64DataEx(const char* path, char* dst);
 
 /** Asks for the size of a file's base64 text: with `out` null or `*outLen` too small stores it in
