@@ -1,0 +1,131 @@
+#include "tests/failures/library_file.h"
+
+#include <dlfcn.h>
+#include <elf.h>
+#include <link.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+#include "quillonid/support.h"
+
+namespace failures {
+namespace {
+
+#if defined(__aarch64__)
+constexpr std::uint32_t kSlotTypes[] = {R_AARCH64_JUMP_SLOT, R_AARCH64_GLOB_DAT, R_AARCH64_ABS64};
+#else
+constexpr std::uint32_t kSlotTypes[] = {R_X86_64_JUMP_SLOT, R_X86_64_GLOB_DAT, R_X86_64_64};
+#endif
+
+struct Loaded {
+  Dl_info info;
+  link_map* map;
+};
+
+// Where one of the library's functions stands.
+Loaded Library() {
+  Loaded found = {};
+  auto* const function = reinterpret_cast<void*>(&time_Valid_YYMMDD);
+  void* map = nullptr;
+  if (dladdr1(function, &found.info, &map, RTLD_DL_LINKMAP) == 0) {
+    throw std::runtime_error("the library is not loaded");
+  }
+  found.map = static_cast<link_map*>(map);
+  return found;
+}
+
+const ElfW(Dyn) * FindDynamic(const link_map& map, ElfW(Sxword) tag) {
+  for (const ElfW(Dyn)* entry = map.l_ld; entry->d_tag != DT_NULL; ++entry) {
+    if (entry->d_tag == tag) return entry;
+  }
+  return nullptr;
+}
+
+// glibc has added the load address to these.
+template <typename T>
+const T* DynamicPointer(const link_map& map, ElfW(Sxword) tag) {
+  const ElfW(Dyn)* const entry = FindDynamic(map, tag);
+  return entry != nullptr ? reinterpret_cast<const T*>(entry->d_un.d_ptr) : nullptr;
+}
+
+std::size_t DynamicValue(const link_map& map, ElfW(Sxword) tag) {
+  const ElfW(Dyn)* const entry = FindDynamic(map, tag);
+  return entry != nullptr ? entry->d_un.d_val : 0;
+}
+
+bool IsSlot(const ElfW(Rela) & relocation) {
+  const auto type = static_cast<std::uint32_t>(ELF64_R_TYPE(relocation.r_info));
+  return std::find(std::begin(kSlotTypes), std::end(kSlotTypes), type) != std::end(kSlotTypes);
+}
+
+// The table of slots is read-only once the program has started.
+void MakeWritable(void** place) {
+  const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+  const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(place) & ~(page - 1);
+  if (mprotect(reinterpret_cast<void*>(start), page, PROT_READ | PROT_WRITE) != 0) {
+    throw std::runtime_error("the import slots stay read-only");
+  }
+}
+
+void AddSlots(const link_map& map, ElfW(Sxword) table, ElfW(Sxword) size,
+              std::vector<Slot>* slots) {
+  const auto* const symbols = DynamicPointer<ElfW(Sym)>(map, DT_SYMTAB);
+  const auto* const names = DynamicPointer<char>(map, DT_STRTAB);
+  const auto* const relocations = DynamicPointer<ElfW(Rela)>(map, table);
+  const std::size_t count = DynamicValue(map, size) / sizeof(ElfW(Rela));
+  for (std::size_t i = 0; relocations != nullptr && i < count; ++i) {
+    const ElfW(Sym)& symbol = symbols[ELF64_R_SYM(relocations[i].r_info)];
+    if (!IsSlot(relocations[i]) || symbol.st_shndx != SHN_UNDEF) continue;
+    auto* const place = reinterpret_cast<void**>(map.l_addr + relocations[i].r_offset);
+    MakeWritable(place);
+    slots->push_back({names + symbol.st_name, place});
+  }
+}
+
+template <typename T>
+T At(const std::string& file, std::size_t offset) {
+  T value;
+  if (offset + sizeof value > file.size()) throw std::runtime_error("cut ELF file");
+  std::memcpy(&value, file.data() + offset, sizeof value);
+  return value;
+}
+
+}  // namespace
+
+std::vector<std::string> UndefinedSymbols() {
+  std::ifstream stream(Library().info.dli_fname, std::ios::binary);
+  const std::string file((std::istreambuf_iterator<char>(stream)), {});
+  const auto header = At<ElfW(Ehdr)>(file, 0);
+  const auto section = [&](std::size_t index) {
+    return At<ElfW(Shdr)>(file, header.e_shoff + index * sizeof(ElfW(Shdr)));
+  };
+
+  std::vector<std::string> undefined;
+  for (std::size_t i = 0; i < header.e_shnum; ++i) {
+    if (section(i).sh_type != SHT_DYNSYM) continue;
+    const std::size_t names = section(section(i).sh_link).sh_offset;
+    for (std::size_t at = 0; at < section(i).sh_size; at += sizeof(ElfW(Sym))) {
+      const auto symbol = At<ElfW(Sym)>(file, section(i).sh_offset + at);
+      if (symbol.st_shndx != SHN_UNDEF || symbol.st_name == 0) continue;
+      undefined.emplace_back(file.data() + names + symbol.st_name);
+    }
+  }
+  return undefined;
+}
+
+std::vector<Slot> ImportSlots() {
+  const link_map& map = *Library().map;
+  std::vector<Slot> slots;
+  AddSlots(map, DT_JMPREL, DT_PLTRELSZ, &slots);
+  AddSlots(map, DT_RELA, DT_RELASZ, &slots);
+  return slots;
+}
+
+}  // namespace failures

@@ -1,0 +1,24 @@
+// The loaded library as an ELF object: its undefined symbols, and the slots through which it calls
+// them.
+#ifndef QUILLONID_TESTS_FAILURES_LIBRARY_FILE_H
+#define QUILLONID_TESTS_FAILURES_LIBRARY_FILE_H
+
+#include <string>
+#include <vector>
+
+namespace failures {
+
+// Undefined dynamic symbols, from the file.
+std::vector<std::string> UndefinedSymbols();
+
+struct Slot {
+  std::string symbol;
+  void** place;  // holds the address that the library calls
+};
+
+// Slots of the loaded library; writable when this returns.
+std::vector<Slot> ImportSlots();
+
+}  // namespace failures
+
+#endif
