@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "bench/files.h"
+#include "bench/machine.h"
 #include "bench/stand_ins.h"
 
 namespace bench {
@@ -27,19 +28,19 @@ double Median(const Samples& samples) { return Quantile(samples, 0.5); }
 // Keeps the time of each repetition of each way.
 class Collector : public benchmark::BenchmarkReporter {
  public:
-  explicit Collector(bool wall_time) : wall_time_(wall_time) {}
+  explicit Collector(bool manual_time) : manual_time_(manual_time) {}
   bool ReportContext(const Context&) override { return true; }
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
       if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
-      const double time = wall_time_ ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
+      const double time = manual_time_ ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
       samples_[run.run_name.function_name].push_back(time);
     }
   }
   const Samples& Of(const std::string& name) { return samples_[name]; }
 
  private:
-  bool wall_time_;
+  bool manual_time_;
   std::map<std::string, Samples> samples_;
 };
 
@@ -56,7 +57,7 @@ struct Result {
 };
 
 Result Time(const Row& row) {
-  Collector collector(row.wall_time());
+  Collector collector(row.manual_time());
   benchmark::RunSpecifiedBenchmarks(&collector, "^" + row.id() + "/");
 
   Result result = {};
@@ -167,7 +168,7 @@ void PrintMarkdown(const Cells& cells) {
 }
 
 void PrintPlain(const Cells& cells) {
-  static const int kWidths[] = {42, 10, 0, 6, 6, 5, 5, 0};
+  static const int kWidths[] = {49, 10, 0, 6, 6, 5, 5, 0};
   const auto print = [&](std::size_t i, const char* behind) {
     std::printf("%s%*s%s", cells[i].c_str(), std::max(0, kWidths[i] - Width(cells[i])), "", behind);
   };
@@ -212,6 +213,7 @@ int Table::Run(const Options& options) {
 
   const auto print = options.markdown ? PrintMarkdown : PrintPlain;
   if (!options.equal) {
+    std::printf("%s\n\n", Machine().c_str());
     print(kHeadings);
     if (options.markdown) print({"---", "---:", "---", "---:", "---:", "---:", "---:", "---"});
   }

@@ -73,7 +73,7 @@ class Row {
                                  })
         ->UseManualTime()
         ->Iterations(times);
-    wall_time_ = true;
+    manual_time_ = true;
     return *this;
   }
 
@@ -82,7 +82,7 @@ class Row {
   const Limits& limits() const { return limits_; }
   const std::vector<Way>& ways() const { return ways_; }
   void Prepare() const { (*prepare_)(); }
-  bool wall_time() const { return wall_time_; }
+  bool manual_time() const { return manual_time_; }
   std::string BenchmarkName(const std::string& way) const { return id_ + "/" + way; }
 
  private:
@@ -90,7 +90,7 @@ class Row {
   std::string title_;
   Limits limits_;
   std::vector<Way> ways_;
-  bool wall_time_ = false;
+  bool manual_time_ = false;
   std::shared_ptr<std::function<void()>> prepare_;
 };
 
