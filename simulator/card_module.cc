@@ -16,6 +16,7 @@ const Bytes kCardSelected = {0xAA, 0xAA, 0xAA, 0x96, 0x69, 0x00, 0x0C, 0x00, 0x0
                              0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x9C};
 const Bytes kNoCard = {0xAA, 0xAA, 0xAA, 0x96, 0x69, 0x00, 0x04, 0x00, 0x00, 0x81, 0x85};
 const Bytes kIcPowerOn = {0xAA, 0xAA, 0xAA, 0x96, 0x69, 0x00, 0x04, 0x40, 0x02, 0x41, 0x07};
+const Bytes kUnknownStatus = {0xAA, 0xAA, 0xAA, 0x96, 0x69, 0x00, 0x04, 0x00, 0x00, 0x55, 0x51};
 const Bytes kReadFailed = {0xAA, 0xAA, 0xAA, 0x96, 0x69, 0x00, 0x04, 0x00, 0x00, 0x41, 0x45};
 // The check byte is the module's own: the XOR would be 25. A zero byte follows the frame.
 const Bytes kUnsupported = {0xAA, 0xAA, 0xAA, 0x96, 0x69, 0x00, 0x04, 0x00, 0x00, 0x21, 0x45, 0x00};
@@ -35,6 +36,16 @@ Bytes Resized(Bytes reply, std::size_t size) {
   Bytes content(reply.begin() + 7, reply.end() - 1);
   content.resize(size - kFrameOverhead);
   return ModuleFrame(content);
+}
+
+// A short answer with zeros behind it up to the length of a card answer, and a check byte that is
+// right for all of it.
+Bytes AsLongAsACard(Bytes reply) {
+  constexpr std::size_t kCardAnswer = 1295;
+  constexpr std::size_t kChecked = 5;  // behind the preamble
+  reply.resize(kCardAnswer);
+  for (std::size_t i = kChecked; i + 1 < reply.size(); ++i) reply.back() ^= reply[i];
+  return reply;
 }
 
 // The reply in small pieces, `rate` bytes a second.
@@ -181,6 +192,7 @@ Bytes CardModule::Reply(const Request& request, std::string* meaning) {
       return CardPresent() ? say("card found", kCardFound) : say("no card", kNoCard);
     case RequestKind::kSelect:
       if (Find(FaultId::kIcPowerOn) != nullptr) return say("IC power-on", kIcPowerOn);
+      if (Find(FaultId::kSelectUnknown) != nullptr) return say("unknown status", kUnknownStatus);
       if (!CardPresent() || Find(FaultId::kSelectNoCard) != nullptr) {
         return say("no card", kNoCard);
       }
@@ -219,6 +231,10 @@ Bytes CardModule::ReadReply(bool fingerprints, std::string* meaning) {
   if (Find(FaultId::kUnsupported) != nullptr) {
     *meaning = "unsupported";
     return kUnsupported;
+  }
+  if (Find(FaultId::kUnsupportedCard) != nullptr) {
+    *meaning = "unsupported, as long as a card";
+    return AsLongAsACard(kUnsupported);
   }
   if (!CardPresent() || Find(FaultId::kReadFailed) != nullptr) {
     *meaning = "read failed";
@@ -269,6 +285,7 @@ std::vector<Step> CardModule::Delivery(Bytes reply) {
   if (const Fault* late = Find(FaultId::kLate))
     steps.front().delay += std::chrono::seconds(late->value);
   steps.back().hang_up = hang_up;
+  steps.front().block = Find(FaultId::kBlocked) != nullptr;
   return steps;
 }
 

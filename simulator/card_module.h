@@ -22,6 +22,7 @@ struct Step {
   std::chrono::milliseconds delay{0};
   Bytes bytes;
   bool hang_up = false;  // after the bytes: the line is dead from here on
+  bool block = false;    // before the bytes: the line takes no more from the host
 };
 
 struct Exchange {

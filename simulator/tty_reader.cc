@@ -186,6 +186,8 @@ class TtyReader::Line {
         StartTimer(step.delay);
         return false;
       }
+      // The host's side of the line is stopped, as by a reader that holds it off.
+      if (step.block) tcflow(keeper_.get(), TCOOFF);
       if (!Write(step.bytes, &reply)) return false;
       const bool hang_up = step.hang_up;
       reply.written = 0;

@@ -359,17 +359,6 @@ TEST(QlidSimulate, RefusesAnUnknownFault) {
   EXPECT_TRUE(Contains(simulate.err, "there is no fault \"explode\"")) << simulate.err;
 }
 
-TEST(QlidExplain, KnowsEveryPublishedCode) {
-  for (const int code : {0, -1, -2, -3, -4, -5, -7, -8, -9, -10, -11, -12, -13, -100}) {
-    const Output explained = RunQlid({"explain", std::to_string(code)});
-
-    EXPECT_EQ(0, explained.exit) << code << explained.err;
-    EXPECT_EQ(0U, explained.out.find(std::to_string(code) + "  ")) << explained.out;
-  }
-  EXPECT_TRUE(Contains(RunQlid({"explain", "-7"}).out, "解析头像错误"));
-  EXPECT_EQ(2, RunQlid({"explain", "-6"}).exit);
-}
-
 TEST(Qlid, SpeaksChineseWhereTheEnvironmentDoes) {
   const Bench bench;
 

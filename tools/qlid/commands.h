@@ -62,6 +62,7 @@ int SimulateCommand(const SimulateOptions& options);
 struct DemoOptions {
   std::string card = "resident";
   std::string photo = "specimen.bmp";
+  std::string fault;  // of the reader, by name
 };
 int DemoCommand(const DemoOptions& options);
 
@@ -78,7 +79,11 @@ struct LogOptions {
 };
 int LogCommand(const LogOptions& options);
 
-int ExplainCommand(const std::string& code);
+struct ExplainOptions {
+  std::string code;     // empty: a line for each
+  bool manual = false;  // the text of the manual page
+};
+int ExplainCommand(const ExplainOptions& options);
 
 }  // namespace qlid
 

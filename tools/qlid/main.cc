@@ -23,7 +23,7 @@ struct CommandLine {
   SimulateOptions simulate;
   DemoOptions demo;
   DoctorOptions doctor;
-  std::string explain;
+  ExplainOptions explain;
   LogOptions log;
   std::string shell;
   std::string language;
@@ -46,6 +46,8 @@ void AddDemo(CLI::App& app, CommandLine* line) {
   demo->add_option("--card", line->demo.card, "Specimen card")
       ->check(CLI::IsMember(kCards))
       ->capture_default_str();
+  demo->add_option("--fault", line->demo.fault,
+                   "Let the reader misbehave and see what is reported; \"help\" lists the names");
   demo->add_option("--photo", line->demo.photo, "Write the photo to this BMP file")
       ->type_name("FILE")
       ->capture_default_str();
@@ -176,7 +178,9 @@ void AddDoctor(CLI::App& app, CommandLine* line) {
 
 void AddExplain(CLI::App& app, CommandLine* line) {
   CLI::App* explain = app.add_subcommand("explain", "What a result code means and what to do");
-  explain->add_option("CODE", line->explain, "Published result code, such as -5")->required();
+  explain->add_option("CODE", line->explain.code,
+                      "Published result code, such as -5; without one, all of them");
+  explain->add_flag("--scdoc", line->explain.manual)->group("");  // for the manual page
   explain->prefix_command();
 }
 

@@ -27,11 +27,13 @@ struct ResultText {
   const char* name;  // in JSON
   const char* english;
   const char* chinese;
+  const char* means_english;
+  const char* means_chinese;
   const char* causes_english;
   const char* causes_chinese;
   const char* next_english;
   const char* next_chinese;
-  const char* fault;  // of the simulated reader that produces it, or null
+  const char* try_it;  // a command that ends in it, or null
 };
 
 std::span<const ResultText> Results();
