@@ -1,6 +1,7 @@
-# ql_add_tests(NAME sources... [OBJECTS] [LIBRARIES libraries...]): a test program that drives the built library,
-# or, with OBJECTS, its object files. Every test runs in a process of its own, in a private root (see
-# tests/testing/with_private_root.c), so that /home/quillon and /libwlt.so are the test's own.
+# ql_add_tests(NAME sources... [OBJECTS] [PREFIX text] [LIBRARIES libraries...]): a test program that drives the built
+# library, or, with OBJECTS, its object files; PREFIX goes before the names of tests that another program has, too. Every
+# test runs in a process of its own, in a private root (see tests/testing/with_private_root.c), so that /home/quillon and
+# /libwlt.so are the test's own.
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
@@ -11,7 +12,7 @@ if(QL_SANITIZE OR QL_COVERAGE OR CMAKE_CROSSCOMPILING_EMULATOR)
 endif()
 
 function(ql_add_tests name)
-  cmake_parse_arguments(arg "OBJECTS" "" "LIBRARIES" ${ARGN})
+  cmake_parse_arguments(arg "OBJECTS" "PREFIX" "LIBRARIES" ${ARGN})
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   if(arg_OBJECTS)
     target_link_libraries(${name} PRIVATE quillonid_objects)
@@ -26,5 +27,6 @@ function(ql_add_tests name)
   set_target_properties(${name} PROPERTIES
     CROSSCOMPILING_EMULATOR "${QL_PRIVATE_ROOT};${CMAKE_CROSSCOMPILING_EMULATOR}")
   # A test carries its program's name as a label: ctest -L reader_tests.
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${QL_TEST_TIMEOUT} LABELS ${name})
+  gtest_discover_tests(${name} TEST_PREFIX "${arg_PREFIX}" DISCOVERY_TIMEOUT 60
+                       PROPERTIES TIMEOUT ${QL_TEST_TIMEOUT} LABELS ${name})
 endfunction()
