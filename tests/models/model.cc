@@ -3,10 +3,14 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tests/testing/private_root.h"
+
 std::uint64_t InputsToTry(std::uint64_t usual) {
   const char* wanted = std::getenv("QL_MODEL_INPUTS");
   return wanted == nullptr ? usual : std::strtoull(wanted, nullptr, 10);
 }
+
+std::string WorkFolder() { return HavePrivateRoot() ? "/home/quillon" : TemporaryFolder(); }
 
 std::uint64_t SeedOfTest() {
   const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();

@@ -119,6 +119,8 @@ inline int SizeOf(const std::string& text) { return static_cast<int>(text.size()
 
 // Number of inputs for each test: `usual`, or what the variable QL_MODEL_INPUTS says.
 std::uint64_t InputsToTry(std::uint64_t usual);
+// Where tests write files: in memory if the private root is there.
+std::string WorkFolder();
 // A seed of the running test's own.
 std::uint64_t SeedOfTest();
 // Prints how many inputs were equal, for tests/models/run.

@@ -1,0 +1,139 @@
+// BMP files and names of image files.
+#include "quillonid/image.h"
+
+#include <strings.h>
+
+#include "tests/models/model.h"
+#include "tests/testing/private_root.h"
+
+namespace {
+
+constexpr std::uint64_t kFiles = 20000;
+
+void Put(std::string* bytes, unsigned value, int size) {
+  for (; size > 0; --size, value /= 256) bytes->push_back(static_cast<char>(value % 256));
+}
+
+std::string ModelPixels(const std::string& pixels, int count) {
+  std::string turned;
+  for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+    turned += {pixels[3 * i + 2], pixels[3 * i + 1], pixels[3 * i]};
+  }
+  return turned;
+}
+
+std::string ModelBmp(const std::string& pixels, int width, int height) {
+  std::string file;
+  Put(&file, 19778, 2);
+  Put(&file, static_cast<unsigned>(height * 2 + 54 + width * height * 3), 4);
+  Put(&file, 0, 4);
+  Put(&file, 54, 4);
+  Put(&file, 40, 4);
+  Put(&file, static_cast<unsigned>(width), 4);
+  Put(&file, static_cast<unsigned>(height), 4);
+  Put(&file, 1, 2);
+  Put(&file, 24, 2);
+  file.append(24, '\0');
+  const std::string turned = ModelPixels(pixels, width * height);
+  for (int n = 1; n <= width * height; ++n) {
+    file += turned.substr(static_cast<std::size_t>(3 * (n - 1)), 3);
+    if (n % width == 0) file += "\x96\x08";
+  }
+  return file;
+}
+
+// Folders that are there or not, patterns and file names.
+std::string AnyPath(Random& random) {
+  constexpr const char* kFolders[] = {"",     "/",     "/tmp",        "/tmp/",
+                                      "none", "none/", "/proc/self/", "a/b/"};
+  constexpr const char* kLast[] = {"",      "*.bmp", "*.JPG",  "*.png", "*.Gif", "*.bmp2",
+                                   "x.bmp", "*",     "/*.gif", "*.jp",  "dir",   ".bmp"};
+  std::string path = kFolders[random.Between(0, 7)];
+  if (random.OneIn(8)) path += random.Text(random.Between(1, 200), "ab") + "/";
+  return path + kLast[random.Between(0, 11)];
+}
+
+bool IsFolder(const std::string& path) {
+  if (path.empty()) return false;
+  return path.back() == '/' || path == "/tmp";
+}
+
+std::string ModelPath(const std::string& path, const std::string& suffix, const std::string& name) {
+  if (IsFolder(path)) return path + (path.back() == '/' ? "" : "/") + name + suffix;
+  const std::size_t slash = path.rfind('/');
+  const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
+  const std::string last = path.substr(start);
+  for (const char* pattern : {"*.bmp", "*.jpg", "*.png", "*.gif"}) {
+    if (strcasecmp(last.c_str(), pattern) == 0) {
+      return path.substr(0, start) + name + suffix + last.substr(1);
+    }
+  }
+  return path;
+}
+
+}  // namespace
+
+TEST(ModelOfConvert2RGBData, IsEqual) {
+  ForEachInput([](Random& random) {
+    const int width = random.Between(-1, 12);
+    const int height = random.Between(-1, 12);
+    const int count = std::max(width * height, 0);
+    if (width < 0 && height < 0) return true;
+    const std::string pixels = random.Bytes(3 * count);
+    Outputs<432> out(random);
+
+    Convert2RGBData(BytesOf(pixels), width, height, out.library());
+    std::memcpy(out.model(), ModelPixels(pixels, count).data(), pixels.size());
+
+    return out.AreEqual();
+  });
+}
+
+TEST(ModelOfSaveBmp, IsEqual) {
+  const std::string path = WorkFolder() + "/picture";
+  ForEachInput(
+      [&path](Random& random) {
+        const bool is_photo = random.OneIn(16);
+        const int width = is_photo ? 102 : random.Between(1, 20);
+        const int height = is_photo ? 126 : random.Between(1, 20);
+        const std::string pixels = random.Bytes(3 * width * height);
+
+        const int library = SaveBmp(path.c_str(), BytesOf(pixels), width, height);
+
+        return Equal(1, library) && Equal(ModelBmp(pixels, width, height), ReadWholeFile(path));
+      },
+      kFiles);
+}
+
+TEST(ModelOfGetImgPathEx, IsEqual) {
+  ForEachInput([](Random& random) {
+    const std::string path = AnyPath(random);
+    const std::string suffix =
+        random.OneIn(2) ? "-head.bmp" : random.Text(random.Between(0, 259), "xy.");
+    const std::string name = random.Text(random.OneIn(16) ? 300 : random.Between(0, 20), "0189X./");
+    const bool has_suffix = !random.OneIn(8);
+    Outputs<1200> out;
+
+    GetImgPathEx(path.c_str(), has_suffix ? suffix.c_str() : nullptr, name.c_str(),
+                 out.library_text(), 1023);
+    std::strcpy(out.model_text(), ModelPath(path, has_suffix ? suffix : "", name).c_str());
+
+    return out.AreEqual();
+  });
+}
+
+TEST(ModelOfFuncSaveHeadImg, IsEqual) {
+  ForEachInput([](Random& random) {
+    const std::string path = AnyPath(random);
+    const std::string name = random.Text(random.Between(0, 30), "0189X");
+    Outputs<QL_IMAGE_PATH_SIZE> written;
+    std::strcpy(written.library_text(), path.c_str());
+
+    const int library = tFuncSaveHeadImg(name.c_str(), written.library_text());
+    if (!path.empty()) {
+      std::strcpy(written.model_text(), ModelPath(path, "-head.bmp", name).c_str());
+    }
+
+    return Equal(0, library) && written.AreEqual();
+  });
+}
