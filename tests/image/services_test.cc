@@ -1,6 +1,9 @@
 // What the image services look at in a record, and what they report.
+#include <cjson/cJSON.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+
+#include <cstdlib>
 
 #include "quillonid/carddata.h"
 #include "quillonid/images.h"
@@ -174,6 +177,19 @@ TEST(CardSides, TellARecordThatCannotBePacked) {
   EXPECT_EQ(-1, tFunc_SaveCardImgEx(&records.person, path.data(), "", 0));
   EXPECT_EQ(-1, tFunc_SaveCardImgEx_FP(&records.person_fp, path.data(), "", 0));
   EXPECT_EQ(-100, APP_ID_SaveCardImgEx(&records.person, path.data(), "", 0));
+}
+
+TEST(CardSides, TellARecordThatThereIsNoMemoryToPack) {
+  const Records records;
+  PathBuffer path("/tmp");
+  cJSON_Hooks hooks = {[](std::size_t) -> void* { return nullptr; }, std::free};
+  cJSON_InitHooks(&hooks);
+
+  EXPECT_EQ(-2004, tFunc_SaveFrontImg(&records.person, path.data()));
+  EXPECT_EQ(-1, tFunc_SaveCardImg(&records.person, path.data(), 0));
+  EXPECT_EQ(0, tFunc_SaveGATFrontImg(&records.gat, path.data()));  // it draws what it cannot pack
+
+  cJSON_InitHooks(nullptr);
 }
 
 TEST(CardSides, TellACollectRecordWithoutTheWantedPhoto) {

@@ -3,7 +3,8 @@
 // Everything else is the machine's, bind-mounted. The new root is a tmpfs inside a user and mount
 // namespace, so that any user can make it and nothing of it outlives the program. Sets
 // QL_PRIVATE_ROOT=1 for the program. Where the machine forbids namespaces it says so and runs the
-// program without; tests that need the private root look at the variable and skip.
+// program without; tests that need the private root look at the variable and skip. QL_RUN_UNDER
+// may hold a command that runs the program, such as "valgrind -q".
 #define _GNU_SOURCE
 #include <dirent.h>
 #include <errno.h>
@@ -96,6 +97,23 @@ static int make_root(void) {
   return 1;
 }
 
+// Becomes the program, run by the words of QL_RUN_UNDER where there are some.
+static int run(char** program) {
+  char* words[128];
+  size_t count = 0;
+  char* under = getenv("QL_RUN_UNDER");
+  under = under ? strdup(under) : NULL;
+  unsetenv("QL_RUN_UNDER");
+  for (char* word = under ? strtok(under, " \n") : NULL; word; word = strtok(NULL, " \n")) {
+    if (count < 32) words[count++] = word;
+  }
+  while (*program && count < sizeof words / sizeof *words - 1) words[count++] = *program++;
+  words[count] = NULL;
+  execvp(words[0], words);
+  fprintf(stderr, "with-private-root: %s: %s\n", words[0], strerror(errno));
+  return 127;
+}
+
 int main(int argc, char** argv) {
   if (argc < 2) {
     fprintf(stderr, "usage: with-private-root PROGRAM [ARGUMENT...]\n");
@@ -108,7 +126,5 @@ int main(int argc, char** argv) {
       fprintf(stderr, "with-private-root: no private root here (%s)\n", problem);
     }
   }
-  execvp(argv[1], argv + 1);
-  fprintf(stderr, "with-private-root: %s: %s\n", argv[1], strerror(errno));
-  return 127;
+  return run(argv + 1);
 }
