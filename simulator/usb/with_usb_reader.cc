@@ -2,6 +2,7 @@
 // Runs an unmodified program that sees one simulated USB reader, and ends with its exit status. The
 // emulated bus lives in this process; the program reaches it through the preload library.
 
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -81,6 +82,7 @@ int main(int, char** argv) {
 
   const pid_t child = fork();
   if (child == 0) RunProgram(program);
+  signal(SIGINT, SIG_IGN);  // Ctrl-C is the program's.
   int status = 0;
   if (child < 0 || waitpid(child, &status, 0) != child) return Fail("the program was not run");
   return WIFEXITED(status) ? WEXITSTATUS(status) : 1;

@@ -59,6 +59,13 @@ bool IsWide(char32_t code) {
          (code >= 0xFFE0 && code <= 0xFFE6) || (code >= 0x20000 && code <= 0x3FFFD);
 }
 
+// Where the last character of a UTF-8 text begins.
+std::size_t LastCharacterAt(std::string_view text) {
+  std::size_t at = text.empty() ? 0 : text.size() - 1;
+  while (at > 0 && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) --at;
+  return at;
+}
+
 }  // namespace
 
 void SetLanguage(Language language) { s_language = language; }
@@ -157,7 +164,10 @@ std::string Printable(std::string_view text) {
 
 void StatusLine::Show(const std::string& text) {
   if (!IsTerminal(STDERR_FILENO) || text == shown_) return;
-  std::fprintf(stderr, "\r%s\x1b[K", text.c_str());
+  // Cut, or it would go on in a second line that the next one does not replace.
+  std::string cut(text);
+  while (DisplayWidth(cut) >= TerminalColumns(STDERR_FILENO)) cut.resize(LastCharacterAt(cut));
+  std::fprintf(stderr, "\r%s\x1b[K", cut.c_str());
   std::fflush(stderr);
   shown_ = text;
 }
