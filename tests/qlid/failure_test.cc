@@ -1,56 +1,11 @@
 // qlid read when it fails: what happened, where, and what to do next.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "tests/qlid/bench.h"
+#include "tests/qlid/rival.h"
 #include "tests/testing/private_root.h"
-
-namespace {
-
-constexpr char kRivalName[] = "frontdesk";
-
-// Another program that has a port open for itself.
-class Rival {
- public:
-  explicit Rival(const std::string& port) {
-    int ready[2];
-    if (pipe(ready) != 0) abort();
-    pid_ = fork();
-    if (pid_ == 0) {
-      prctl(PR_SET_NAME, kRivalName);
-      const int out = dup2(ready[1], STDOUT_FILENO);
-      close_range(3, ~0U, 0);  // Not the far end, which the test holds.
-      const int fd = open(port.c_str(), O_RDWR | O_NOCTTY);
-      ioctl(fd, TIOCEXCL);
-      if (write(out, "x", 1) != 1) _exit(1);
-      for (;;) pause();
-    }
-    char byte = 0;
-    if (read(ready[0], &byte, 1) != 1) abort();
-    close(ready[0]);
-    close(ready[1]);
-  }
-  Rival(const Rival&) = delete;
-  Rival& operator=(const Rival&) = delete;
-  ~Rival() {
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-  }
-  std::string Named() const {
-    return std::string(kRivalName) + " (pid " + std::to_string(pid_) + ")";
-  }
-
- private:
-  pid_t pid_;
-};
-
-}  // namespace
 
 TEST(QlidFailure, NamesTheProgramThatHoldsTheReader) {
   NEEDS_PRIVATE_ROOT();
