@@ -1,17 +1,16 @@
 // Native data to records, records to JSON, pixels to a BMP file.
 #include <cjson/cJSON.h>
-#include <fcntl.h>
 #include <iconv.h>
 #include <rapidjson/document.h>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
-#include <algorithm>
+#include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <string_view>
 #include <unordered_map>
 
 #include "bench/files.h"

@@ -57,19 +57,19 @@ void AddLoadRows(Table& table) {
 
   const std::string readelf = std::string("LC_ALL=C readelf --wide ");
   const std::string file = std::string(" ") + kLibrary;
-  table.AddCount(
-      {"relocations", "", CountIn(readelf + "--relocs" + file + " | grep -c R_"), 200, 110});
+  table.AddCount("relocations", "", CountIn(readelf + "--relocs" + file + " | grep -c R_"),
+                 {200, 110});
   // The array of initialisers holds one address of eight bytes for each.
   const double initialisers =
       CountIn("echo $(( 0x$(" + readelf + "--sections" + file +
               " | sed -n 's/.*\\.init_array *INIT_ARRAY *[0-9a-f]* [0-9a-f]* \\([0-9a-f]*\\).*/"
               "\\1/p') / 8 ))");
-  table.AddCount({"dynamic initialisers", "", initialisers, 1, 1});
-  table.AddCount(
-      {"needed libraries", "", CountIn(readelf + "--dynamic" + file + " | grep -c NEEDED"), 5, 3});
+  table.AddCount("dynamic initialisers", "", initialisers, {1, 1});
+  table.AddCount("needed libraries", "",
+                 CountIn(readelf + "--dynamic" + file + " | grep -c NEEDED"), {5, 3});
   const double bytes = CountIn("stripped=$(mktemp) && strip --strip-unneeded -o $stripped" + file +
                                " && stat -c %s $stripped && rm $stripped");
-  table.AddCount({"stripped size", " kB", bytes / 1000, 400, 300});
+  table.AddCount("stripped size", " kB", bytes / 1000, {400, 300});
 }
 
 }  // namespace bench

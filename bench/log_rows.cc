@@ -1,9 +1,7 @@
 // Log calls against the system calls that they cannot do without.
-#include <fcntl.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/spdlog.h>
-#include <unistd.h>
 
 #include <memory>
 

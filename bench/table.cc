@@ -112,7 +112,12 @@ std::string Duration(double nanoseconds) {
   return Decimal(nanoseconds, nanoseconds < 9.995 ? 2 : nanoseconds < 99.95 ? 1 : 0) + kUnits[unit];
 }
 
-const char* Verdict(bool goal, bool must) { return goal ? "goal" : must ? "must" : "MISSED"; }
+// `slack` is what noise may add to a figure.
+const char* Verdict(double value, const Limits& limits, double slack) {
+  if (value <= limits.goal) return "goal";
+  if (value <= limits.must) return "must";
+  return value - slack <= limits.must ? "within spread" : "MISSED";
+}
 
 using Cells = std::vector<std::string>;
 
@@ -140,18 +145,18 @@ Cells CellsOf(const Row& row, const Result& result) {
           "±" + Decimal(result.spread, 2),
           Decimal(row.limits().must, 2),
           Decimal(row.limits().goal, 2),
-          Verdict(ratio <= row.limits().goal, !IsMissed(row, result))};
+          Verdict(ratio, row.limits(), result.spread)};
 }
 
-Cells CellsOf(const CountRow& row) {
+Cells CellsOf(const Count& row) {
   return {row.title,
           Decimal(row.value, 0) + row.unit,
           "",
           "",
           "",
-          Decimal(row.must, 0),
-          Decimal(row.goal, 0),
-          Verdict(row.value <= row.goal, row.value <= row.must)};
+          Decimal(row.limits.must, 0),
+          Decimal(row.limits.goal, 0),
+          Verdict(row.value, row.limits, 0)};
 }
 
 // Columns of a UTF-8 text without wide characters.
@@ -230,9 +235,9 @@ int Table::Run(const Options& options) {
     missed = missed || IsMissed(*row, result);
     print(CellsOf(*row, result));
   }
-  for (const CountRow& row : counts_) {
+  for (const Count& row : counts_) {
     if (options.equal || !options.only.empty()) break;
-    missed = missed || row.value > row.must;
+    missed = missed || row.value > row.limits.must;
     print(CellsOf(row));
   }
   return options.check && missed ? 1 : 0;

@@ -27,8 +27,8 @@ struct Way {
   std::function<std::string()> result;
 };
 
-// What the library's figure, divided by that of the fastest peer, must not exceed, and the ratio
-// that we want to print.
+// What the library's figure, divided by that of the fastest peer, must not exceed, and what we want
+// it to be.
 struct Limits {
   double must;
   double goal;
@@ -94,20 +94,21 @@ class Row {
   std::shared_ptr<std::function<void()>> prepare_;
 };
 
-// A figure that is counted, not timed.
-struct CountRow {
+struct Count {
   std::string title;
-  std::string unit;  // behind the figure, such as " kB"
+  std::string unit;
   double value;
-  double must;
-  double goal;
+  Limits limits;
 };
 
 class Table {
  public:
   // The row stays where it is until the table goes.
   Row& NewRow(const std::string& id, const std::string& title, Limits limits);
-  void AddCount(const CountRow& row) { counts_.push_back(row); }
+  // A figure that is counted, with what stands behind it, such as " kB".
+  void AddCount(const std::string& title, const std::string& unit, double value, Limits limits) {
+    counts_.push_back({title, unit, value, limits});
+  }
 
   struct Options {
     std::string only;       // rows whose id contains this text; empty: all
@@ -122,7 +123,7 @@ class Table {
 
  private:
   std::vector<std::unique_ptr<Row>> rows_;
-  std::vector<CountRow> counts_;
+  std::vector<Count> counts_;
 };
 
 // The rows, by subject.

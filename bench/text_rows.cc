@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <numeric>
 
 #include "bench/table.h"
 #include "quillonid/carddata.h"
