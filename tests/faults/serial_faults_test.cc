@@ -21,13 +21,25 @@ using simulator::FaultId;
 using simulator::MakeCard;
 using simulator::TtyReader;
 
-// The simulated reader runs in real time, the library's pauses are skipped: for bytes that do not
-// come the library's clock runs faster. A machine that is busy may hold the reader up.
+// Library seconds for each real one. The simulated reader runs in real time, the library's pauses
+// are skipped but in kReal. Bytes that do not come are waited for in a hurry, bytes that come at a
+// rate with patience: a machine that is busy holds the reader up.
+constexpr double kReal = 0;
 constexpr double kFast = 5;
+constexpr double kPatient = 0.1;
 constexpr double kHeldUp = 2;  // real seconds
 
-bool IsAwaitedInRealTime(FaultId id) {
-  return id == FaultId::kCardAfter || id == FaultId::kSlow || id == FaultId::kLate;
+double SpeedFor(FaultId id, bool ends_by_time) {
+  switch (id) {
+    case FaultId::kCardAfter:
+      return kReal;
+    case FaultId::kLate:
+      return 1;
+    case FaultId::kSlow:
+      return ends_by_time ? 1 : kPatient;
+    default:
+      return ends_by_time ? kFast : 1;
+  }
 }
 
 class SerialReadWith : public testing::TestWithParam<ReaderFault> {};
@@ -36,12 +48,11 @@ TEST_P(SerialReadWith, EndsSo) {
   NEEDS_PRIVATE_ROOT();
   whole::InstallDecoder();
   const simulator::Fault fault = *simulator::ParseFault(GetParam().fault);
-  const bool ends_by_time = !Has(GetParam().serial, 0);
-  double speed = 1;
-  if (fault.id == FaultId::kCardAfter) {
+  const double speed = SpeedFor(fault.id, !Has(GetParam().serial, 0));
+  if (speed == kReal) {
     stand_in_clock::UseSystemClock();
-  } else if (ends_by_time && !IsAwaitedInRealTime(fault.id)) {
-    stand_in_clock::SetSpeed(speed = kFast);
+  } else {
+    stand_in_clock::SetSpeed(speed);
   }
   TtyReader reader;
   reader.PutCard(MakeCard("resident"));
