@@ -29,7 +29,7 @@ struct LoadTimes {
 // Loads a library in a process of its own.
 LoadTimes Load(const char* library) {
   LoadTimes times = {};
-  const std::string output = OutputOf(std::string("exec ") + kProbe + " " + library);
+  const std::string output = OutputOf(std::string("exec '") + kProbe + "' '" + library + "'");
   if (std::sscanf(output.c_str(), "%lf %lf", &times.first, &times.again) != 2) {
     throw std::runtime_error("load-probe: " + output);
   }
@@ -55,21 +55,16 @@ void AddLoadRows(Table& table) {
   AddLoad(table, "load-first", "dlopen and dlclose, first", &LoadTimes::first);
   AddLoad(table, "load-again", "dlopen and dlclose, again", &LoadTimes::again);
 
-  const std::string readelf = std::string("LC_ALL=C readelf --wide ");
-  const std::string file = std::string(" ") + kLibrary;
-  table.AddCount("relocations", "", CountIn(readelf + "--relocs" + file + " | grep -c R_"),
-                 {200, 110});
-  // The array of initialisers holds one address of eight bytes for each.
-  const double initialisers =
-      CountIn("echo $(( 0x$(" + readelf + "--sections" + file +
-              " | sed -n 's/.*\\.init_array *INIT_ARRAY *[0-9a-f]* [0-9a-f]* \\([0-9a-f]*\\).*/"
-              "\\1/p') / 8 ))");
-  table.AddCount("dynamic initialisers", "", initialisers, {1, 1});
-  table.AddCount("needed libraries", "",
-                 CountIn(readelf + "--dynamic" + file + " | grep -c NEEDED"), {5, 3});
-  const double bytes = CountIn("stripped=$(mktemp) && strip --strip-unneeded -o $stripped" + file +
-                               " && stat -c %s $stripped && rm $stripped");
-  table.AddCount("stripped size", " kB", bytes / 1000, {400, 300});
+  const std::string file = std::string(" '") + kLibrary + "'";
+  const std::string dynamic = "LC_ALL=C readelf --wide --dynamic" + file;
+  table.AddCount("relocations", "",
+                 CountIn("LC_ALL=C readelf --wide --relocs" + file + " | grep -c R_"), {200, 110});
+  const double size = CountIn(dynamic + " | sed -n 's/.*(INIT_ARRAYSZ) *//p'");
+  table.AddCount("dynamic initialisers", "", size / sizeof(void*), {1, 1});
+  table.AddCount("needed libraries", "", CountIn(dynamic + " | grep -c NEEDED"), {5, 3});
+  const double stripped = CountIn("stripped=$(mktemp) && strip --strip-unneeded -o $stripped" +
+                                  file + " && stat -c %s $stripped && rm $stripped");
+  table.AddCount("stripped size", " kB", stripped / 1000, {400, 300});
 }
 
 }  // namespace bench
