@@ -95,7 +95,8 @@ TEST(QlidExec, EndsAProgramThatHangsAndWhatItStarted) {
   const Bench bench;
   const auto start = std::chrono::steady_clock::now();
 
-  const Output read = RunQlid(bench.Read({"--exec", "sleep 100 & sleep 100", "--exec-timeout", "1"}));
+  const Output read =
+      RunQlid(bench.Read({"--exec", "sleep 100 & sleep 100", "--exec-timeout", "1"}));
 
   EXPECT_EQ(8, read.exit);  // And the sleeps no longer hold standard output open.
   EXPECT_TRUE(Contains(read.err, "did not end within 1 s")) << read.err;

@@ -46,6 +46,15 @@ bool Take(int fd, std::string* text) {
   return got > 0;
 }
 
+// Whether `text` stands in `whole` at least so many times; looked for from the end, where it is
+// new.
+bool Holds(const std::string& whole, const std::string& text, std::size_t times) {
+  std::size_t at = whole.rfind(text);
+  for (; at != std::string::npos && times > 1; --times)
+    at = at == 0 ? std::string::npos : whole.rfind(text, at - 1);
+  return at != std::string::npos;
+}
+
 }  // namespace
 
 Program::Program(std::vector<std::string> words, const std::vector<std::string>& environment,
@@ -132,11 +141,10 @@ bool Program::Pump(int milliseconds) {
   return true;
 }
 
-bool Program::WaitFor(const std::string& text) {
+bool Program::WaitFor(const std::string& text, std::size_t times) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   while (std::chrono::steady_clock::now() < end) {
-    if (output_.out.find(text) != std::string::npos || output_.err.find(text) != std::string::npos)
-      return true;
+    if (Holds(output_.out, text, times) || Holds(output_.err, text, times)) return true;
     if (!Pump(100)) return false;
   }
   return false;

@@ -34,9 +34,9 @@ class Program {
   // Writes to its standard input.
   void Type(const std::string& text) const;
 
-  // Waits until standard output or standard error holds `text`; false when 20 s pass or the program
-  // ends first.
-  bool WaitFor(const std::string& text);
+  // Waits until standard output or standard error holds `text`, so many times; false when 20 s pass
+  // or the program ends first.
+  bool WaitFor(const std::string& text, std::size_t times = 1);
 
   // What it has written so far.
   const std::string& out() const { return output_.out; }

@@ -132,6 +132,7 @@ Reading ReadCard(const ReadRequest& request) {
     if (reading.result == QL_CANCELLED) reading.result = QL_TIMEOUT;
   }
   reading.elapsed_ms = MillisecondsSince(start);
+  reading.stopped = cancelling;
   if (reading.result == QL_SUCCESS) FillCard(request, &reading.card);
   return reading;
 }

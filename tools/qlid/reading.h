@@ -25,6 +25,7 @@ struct Reading {
   int result = 0;  // published code
   Card card;
   long elapsed_ms = 0;
+  bool stopped = false;  // told to stop, which may have come too late for the result to say so
   // Set when the device node went away during the read, which ends it with -5.
   std::string gone_node;
   std::string gone_since;  // clock time

@@ -21,11 +21,8 @@ class Watch {
   void Take(const Reading& reading) {
     if (reading.result == QL_SUCCESS) {
       TakeCard(reading);
-    } else if (reading.result == QL_DEVICE_ERROR) {
-      Forget();
-      if (reader_there_)
-        Say(Tr("no reader; waiting for it to come back", "没有读卡器；等待其恢复"));
-      reader_there_ = false;
+    } else if (reading.result == QL_DEVICE_ERROR || !reading.gone_node.empty()) {
+      TellReaderIsGone();
     } else if (reading.result == QL_TIMEOUT || reading.result == QL_NO_CARD) {
       TellReaderIsBack();
       if (!last_.empty()) Say(Tr("card taken away", "卡片已拿走"));
@@ -48,9 +45,21 @@ class Watch {
  private:
   static void Say(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
 
+  void TellReaderIsGone() {
+    Forget();
+    if (!reader_seen_ && !reader_missed_)
+      Say(Tr("no reader yet; waiting for one", "尚无读卡器；等待接入"));
+    if (reader_seen_ && !reader_missed_)
+      Say(Tr("reader unplugged; waiting for it to come back", "读卡器已拔出；等待其恢复"));
+    reader_missed_ = true;
+  }
+
   void TellReaderIsBack() {
-    if (!reader_there_) Say(Tr("reader is back", "读卡器已恢复"));
-    reader_there_ = true;
+    if (reader_missed_)
+      Say(reader_seen_ ? Tr("reader is back", "读卡器已恢复")
+                       : Tr("reader is there", "读卡器已接入"));
+    reader_seen_ = true;
+    reader_missed_ = false;
   }
 
   void Forget() { last_.clear(); }
@@ -72,7 +81,8 @@ class Watch {
 
   const ReadOptions& options_;
   std::vector<std::uint8_t> last_;  // the card that lies there
-  bool reader_there_ = true;
+  bool reader_seen_ = false;        // at some time
+  bool reader_missed_ = false;      // and told so
   long cards_ = 0;
   long failures_ = 0;
   bool stopped_ = false;
@@ -91,9 +101,9 @@ int WatchCommand(const ReadOptions& options) {
   int signal = 0;
   while (signal == 0 || signal == SIGHUP) {
     const Reading reading = ReadCard(options.request);
-    if (reading.result == QL_CANCELLED) break;
+    if (reading.stopped && reading.result != QL_SUCCESS) break;
     watch.Take(reading);
-    if (watch.Stopped()) break;
+    if (watch.Stopped() || reading.stopped) break;
     signal = WaitForSignal(options.pause);
   }
   watch.TellTheSum();
