@@ -1,0 +1,18 @@
+// There is no configuration file: known here, since every log call of the library asks, and asking
+// the system would take most of a target's time. Linked in by --wrap, see CMakeLists.txt.
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+extern "C" {
+
+int __real_stat(const char* path, struct stat* status);
+
+int __wrap_stat(const char* path, struct stat* status) {
+  if (std::strcmp(path, "/home/quillon/QLConfig.ini") != 0) return __real_stat(path, status);
+  errno = ENOENT;
+  return -1;
+}
+
+}  // extern "C"
