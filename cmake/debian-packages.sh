@@ -5,7 +5,7 @@
 # With QL_INSTALL=no it only says what is missing and stops.
 
 packages_build="g++ cmake ninja-build pkg-config libcjson-dev libusb-1.0-0-dev libcli11-dev libpng-dev"
-packages_test="libgtest-dev umockdev libumockdev-dev python3 locales zsh fish shellcheck tmux"
+packages_test="libgtest-dev umockdev libumockdev-dev python3 locales zsh fish shellcheck tmux python3-jsonschema"
 packages_vm="qemu-system-x86 qemu-system-arm binutils cpio"
 packages_package="doxygen debhelper dpkg-dev lintian abigail-tools scdoc fakeroot mmdebstrap"
 packages_screenshots="xvfb xterm imagemagick fonts-dejavu-core fonts-noto-cjk"

@@ -1,0 +1,127 @@
+// The JSON of read and decode against its schema, docs/qlid.read-1.schema.json.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <sstream>
+
+#include "tests/qlid/bench.h"
+#include "tests/testing/private_root.h"
+
+namespace {
+
+constexpr int kNoValidator = 77;
+
+// Exit status of the check of these documents; what is wrong goes to the test's output.
+int Check(const std::vector<std::string>& documents) {
+  std::string command = "python3 " CHECK_SCHEMA " " SCHEMA;
+  const std::string folder = TemporaryFolder();
+  for (std::size_t i = 0; i < documents.size(); ++i) {
+    const std::string file = folder + "/" + std::to_string(i) + ".json";
+    WriteWholeFile(file, documents[i]);
+    command += " " + file;
+  }
+  const int status = std::system(command.c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+bool HasValidator() { return Check({}) != kNoValidator; }
+
+#define NEEDS_VALIDATOR() \
+  if (!HasValidator()) GTEST_SKIP() << "no python3-jsonschema"
+
+}  // namespace
+
+TEST(QlidSchema, HoldsForEveryKindOfCard) {
+  NEEDS_VALIDATOR();
+  std::vector<std::string> documents;
+  for (const char* id : {"resident", "foreigner", "permit"}) {
+    for (const bool fingerprints : {false, true}) {
+      const Bench bench(id, fingerprints);
+      std::vector<std::string> arguments = {"--json", "--timing"};
+      if (fingerprints) arguments.push_back("--fingerprints");
+      documents.push_back(RunQlid(bench.Read(arguments)).out);
+      arguments.push_back("--redact");
+      documents.push_back(RunQlid(bench.Read(arguments)).out);
+      const std::string file = TemporaryFolder() + "/card.bin";
+      WriteWholeFile(file, Text(simulator::NativeData(bench.card, fingerprints)));
+      documents.push_back(RunQlid({"decode", "--json", file}).out);
+    }
+    for (const std::string& document : documents) ASSERT_TRUE(Contains(document, "\"card\""));
+  }
+
+  EXPECT_EQ(0, Check(documents));
+}
+
+TEST(QlidSchema, HoldsForWhatAProgramIsHanded) {
+  NEEDS_VALIDATOR();
+  const Bench bench("permit", true);
+
+  const Output read = RunQlid(bench.Read({"--fingerprints", "--exec", "cat"}));
+
+  ASSERT_TRUE(Contains(read.out, "PhotoNativeData")) << read.err;
+  EXPECT_EQ(0, Check({read.out}));
+}
+
+TEST(QlidSchema, HoldsForEveryLineOfAWatch) {
+  NEEDS_VALIDATOR();
+  Bench bench;
+  Program watch(Qlid(bench.Read({"--watch", "--json", "--pause", "50"})));
+  ASSERT_TRUE(watch.WaitFor("\"kind\":\"resident\"")) << watch.err();
+  bench.reader.PutCard(simulator::MakeCard("foreigner"));
+  ASSERT_TRUE(watch.WaitFor("\"kind\":\"foreigner\"")) << watch.err();
+  watch.Signal(SIGINT);
+
+  std::istringstream lines(watch.Finish().out);
+  std::vector<std::string> documents;
+  for (std::string line; std::getline(lines, line);) documents.push_back(line);
+
+  EXPECT_EQ(2U, documents.size());
+  EXPECT_EQ(0, Check(documents));
+}
+
+TEST(QlidSchema, HoldsForFailures) {
+  NEEDS_PRIVATE_ROOT();
+  NEEDS_VALIDATOR();
+  const Bench bench("permit");
+  simulator::TtyReader empty;
+  simulator::TtyReader silent;
+  silent.SetFault({simulator::FaultId::kSilent, 0});
+  const std::string broken = TemporaryFolder() + "/broken.bin";
+  WriteWholeFile(broken, "x");
+  const std::vector<std::vector<std::string>> failures = {
+      {"read",       "--json",        "--device",                                 "/dev/quillonid-none"},
+      {"read",            "--json",                      "--device",                                             "COM1"},
+      {"read",      "--json",                     "--timeout",              "1", "--device", empty.path()},
+      {"read", "--json","--timeout",            "1", "--device", silent.path()},
+      bench.Read({"--json",            "--kind",                      "resident"                                                       }
+      ),
+      bench.Read({"--json",         "--photo",              TemporaryFolder() + "/none.bmp"                               }
+      ), // no decoder
+      {"decode",     "--json", broken           },
+      {"decode",     "--json",   "/quillonid-none.bin"},
+  };
+  std::vector<std::string> documents;
+
+  for (const auto& arguments : failures) {
+    const Output output = RunQlid(arguments);
+    EXPECT_NE(0, output.exit) << arguments.back();
+    documents.push_back(output.out);
+  }
+
+  EXPECT_EQ(0, Check(documents));
+}
+
+TEST(QlidSchema, RefusesWhatQlidNeverPrints) {
+  NEEDS_VALIDATOR();
+  const char* const kWrong[] = {
+      "{}",
+      R"({"schema":"qlid.read/1","ok":true})",
+      R"({"schema":"qlid.read/1","ok":false})",
+      R"({"schema":"qlid.read/2","ok":false,"error":{"code":-1,"name":"device","message":"m","details":{}}})",
+      R"({"schema":"qlid.read/1","ok":false,"error":{"code":-6,"name":"device","message":"m","details":{}}})",
+      R"({"schema":"qlid.read/1","ok":true,"kind":"resident","card":{},"remarks":[]})",
+  };
+  for (const char* wrong : kWrong) EXPECT_EQ(1, Check({wrong})) << wrong;
+}
