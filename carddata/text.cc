@@ -85,8 +85,8 @@ Position PutAsciiBlock(Position at) {
 }
 
 Position PutAsciiBlocks(Position at, const unsigned char* end, const char* limit) {
-  while (end - at.source >= 16 && limit - at.out > 8 && AreFourAscii(FourUnits(at.source)) &&
-         AreFourAscii(FourUnits(at.source + 8))) {
+  while (end - at.source >= 16 && limit - at.out > 8 &&
+         AreFourAscii(FourUnits(at.source) | FourUnits(at.source + 8))) {
     at = PutAsciiBlock<Units8, Bytes8>(at);
   }
   if (end - at.source >= 8 && limit - at.out > 4 && AreFourAscii(FourUnits(at.source))) {
