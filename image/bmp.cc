@@ -60,18 +60,28 @@ Headers MakeHeaders(int width, int height) {
 }
 
 // Five pixels at a time, with one byte beyond them that the next pixel is written over: so the last
-// pixel is always left. Returns the pixels taken; none when the blocks overlap, where the order of
-// reading and writing shows.
-QL_BYTE_SHUFFLE std::int64_t SwapFives(const unsigned char* src, std::int64_t pixels,
-                                       unsigned char* dst) {
-  const std::int64_t size = pixels * kPixelSize;
-  if (src < dst + size && dst < src + size) return 0;
-  constexpr Table16 kSwap = {2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, 15};
+// pixel is always left. Returns the pixels taken.
+QL_BYTE_SHUFFLE std::int64_t ExchangeFives(const unsigned char* src, std::int64_t pixels,
+                                           unsigned char* dst) {
+  constexpr Table16 kOrder = {2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, 15};
+  const Bytes16 order = Load16(kOrder);
   std::int64_t taken = 0;
   for (; pixels - taken > 5; taken += 5, src += 5 * kPixelSize, dst += 5 * kPixelSize) {
-    Store16(LookUp(Load16(src), Load16(kSwap)), dst);
+    Store16(LookUp(Load16(src), order), dst);
   }
   return taken;
+}
+
+// Exchanges red and blue; `in_fives` where the processor can and the blocks lie apart.
+void Exchange(const unsigned char* src, std::int64_t pixels, unsigned char* dst, bool in_fives) {
+  const std::int64_t taken = in_fives ? ExchangeFives(src, pixels, dst) : 0;
+  src += taken * kPixelSize;
+  dst += taken * kPixelSize;
+  for (std::int64_t i = taken; i < pixels; ++i, src += kPixelSize, dst += kPixelSize) {
+    dst[0] = src[2];
+    dst[1] = src[1];
+    dst[2] = src[0];
+  }
 }
 
 // The whole file, or null when there is no memory for it.
@@ -80,11 +90,13 @@ HeapBytes MakeFile(const Headers& headers, const PixelRows& rows, const unsigned
   HeapBytes file(static_cast<unsigned char*>(std::malloc(rows.FileSize())));
   if (file == nullptr) return nullptr;
 
+  const auto row_pixels = static_cast<std::int64_t>(rows.size / kPixelSize);
+  const bool in_fives = HasByteShuffle();
   unsigned char* out = file.get();
   std::memcpy(out, headers.data(), headers.size());
   out += headers.size();
   for (std::uint64_t row = 0; row < rows.count; ++row) {
-    Convert2RGBData(pixels, static_cast<int>(rows.size / kPixelSize), 1, out);
+    Exchange(pixels, row_pixels, out, in_fives);
     pixels += rows.size;
     out += rows.size;
     std::memcpy(out, kRowFiller.data(), kRowFiller.size());
@@ -97,16 +109,10 @@ HeapBytes MakeFile(const Headers& headers, const PixelRows& rows, const unsigned
 
 void Convert2RGBData(const unsigned char* src, int width, int height, unsigned char* dst) {
   const std::int64_t pixels = static_cast<std::int64_t>(width) * height;
-  const std::int64_t taken = HasByteShuffle() ? SwapFives(src, pixels, dst) : 0;
-  src += taken * kPixelSize;
-  dst += taken * kPixelSize;
-  for (std::int64_t i = taken; i < pixels; ++i) {
-    dst[0] = src[2];
-    dst[1] = src[1];
-    dst[2] = src[0];
-    src += kPixelSize;
-    dst += kPixelSize;
-  }
+  const std::int64_t size = pixels * kPixelSize;
+  // In overlapping blocks the order of reading and writing shows.
+  const bool apart = pixels <= 0 || src >= dst + size || dst >= src + size;
+  Exchange(src, pixels, dst, apart && HasByteShuffle());
 }
 
 int SaveBmp(const char* path, const unsigned char* pixels, int width, int height) {
