@@ -228,6 +228,18 @@ TEST(QlidDoctor, PrintsTheRulesThatThePackageInstalls) {
   EXPECT_EQ(ReadWholeFile(UDEV_RULES), rules.out);
 }
 
+TEST(QlidDoctor, PrintsARuleForAReaderOfAnotherId) {
+  const std::string installed = ReadWholeFile(UDEV_RULES);
+
+  const Output rules = RunQlid({"doctor", "--print-udev-rules", "--usb-id", "1234:5678"});
+
+  // The last rule of the file, for that id.
+  const std::string last = installed.substr(installed.rfind("SUBSYSTEM"));
+  std::string expected = last;
+  expected.replace(expected.find("2b46"), 4, "1234").replace(expected.find("bc01"), 4, "5678");
+  EXPECT_EQ(installed + expected, rules.out);
+}
+
 TEST(QlidDoctor, SpeaksChinese) {
   const Output doctor = RunQlid({"--lang", "zh", "doctor", "--device", "/dev/quillonid-none"});
 

@@ -34,13 +34,14 @@ Check CheckHolders(const SerialPort& port) {
   const char* id = "holders";
   const Holders holders = HoldersOf(port.path);
   if (!holders.list.empty()) {
-    return {Verdict::kWarn,
-            id,
-            Format(Tr("%s is also open in %s, which takes bytes away from a reader there",
-                      "%s 同时被 %s 打开，会取走读卡器的数据"),
-                   port.path.c_str(), HolderText(holders.list).c_str()),
-            {Tr("end that program; the package's udev rules keep ModemManager away",
-                "结束该程序；软件包的 udev 规则可避免 ModemManager 占用")}};
+    return {
+        Verdict::kWarn,
+        id,
+        Format(Tr("%s is also open in %s, which takes bytes away from a reader there",
+                  "%s 同时被 %s 打开，会取走读卡器的数据"),
+               port.path.c_str(), HolderText(holders.list).c_str()),
+        {Tr("end that program; the package's udev rules keep ModemManager away from known readers",
+            "结束该程序；软件包的 udev 规则可使 ModemManager 避开已知读卡器")}};
   }
   if (holders.complete)
     return {Verdict::kOk, id, Tr("no other program has it open", "没有其他程序打开它"), {}};

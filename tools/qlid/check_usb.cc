@@ -22,7 +22,7 @@ Check CheckNode(const UsbReader& reader) {
                      NodeOwner(reader.node).c_str()),
               {}};
     case NodeAccess::kNoPermission:
-      return {Verdict::kFail, id, PermissionText(reader.node), UsbRemedy(reader.node)};
+      return {Verdict::kFail, id, PermissionText(reader.node), UsbRemedy(reader)};
     case NodeAccess::kMissing:
       break;
   }
@@ -38,14 +38,14 @@ Check CheckNode(const UsbReader& reader) {
 
 Check CheckRule(const UsbReader& reader) {
   const char* id = "rule";
-  const std::string file = InstalledRule(reader.id.vendor, reader.id.product);
+  const std::string file = InstalledRule(reader.id);
   if (!file.empty())
     return {Verdict::kOk, id, Format(Tr("udev rule in %s", "udev 规则位于 %s"), file.c_str()), {}};
   return {Verdict::kWarn,
           id,
           Tr("no udev rule for this reader: only root may open it once it is plugged in again",
              "没有此读卡器的 udev 规则：重新插入后仅 root 可以打开"),
-          {"qlid doctor --print-udev-rules | sudo tee /etc/udev/rules.d/60-quillonid.rules"}};
+          {InstallRules(reader.id)}};
 }
 
 Check CheckDriver(const UsbReader& reader) {
@@ -64,7 +64,8 @@ Check CheckHolders(const UsbReader& reader) {
   const char* id = "holders";
   const Holders holders = HoldersOf(reader.node);
   if (!holders.list.empty()) {
-    return {Verdict::kFail,
+    // usbfs as its driver: that program has claimed it, so that nobody else can.
+    return {reader.driver == "usbfs" ? Verdict::kFail : Verdict::kWarn,
             id,
             Format(Tr("%s is also open in %s", "%s 同时被 %s 打开"), reader.node.c_str(),
                    HolderText(holders.list).c_str()),

@@ -103,12 +103,18 @@ void PrintJson(const std::vector<CheckGroup>& groups) {
   cJSON_free(text);
 }
 
-std::vector<CheckGroup> CheckAll(const DoctorOptions& options) {
-  std::vector<UsbIdText> ids = KnownIds();
+std::vector<UsbIdText> IdsAsked(const DoctorOptions& options) {
+  std::vector<UsbIdText> ids;
   for (const std::string& text : options.request.usb_ids) {
     UsbIdText id = {};
     if (ParseUsbId(text, &id)) ids.push_back(id);
   }
+  return ids;
+}
+
+std::vector<CheckGroup> CheckAll(const DoctorOptions& options) {
+  std::vector<UsbIdText> ids = KnownIds();
+  for (const UsbIdText& id : IdsAsked(options)) ids.push_back(id);
   const UsbBus bus = FindUsbReaders(ids);
   const std::vector<SerialPort> ports = FindSerialPorts();
   ReaderToAsk reader = {options.request, !options.request.device.empty(),
@@ -124,7 +130,7 @@ std::vector<CheckGroup> CheckAll(const DoctorOptions& options) {
 
 int DoctorCommand(const DoctorOptions& options) {
   if (options.print_udev_rules) {
-    std::printf("%s", UdevRules().c_str());
+    std::printf("%s", UdevRules(IdsAsked(options)).c_str());
     return kExitDone;
   }
   const std::vector<CheckGroup> groups = CheckAll(options);

@@ -4,7 +4,6 @@
 
 #include <ctime>
 
-#include "tools/qlid/devices.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -34,13 +33,17 @@ std::string ClockTime() {
 
 bool IsSerial(const std::string& device) { return device.rfind("/dev", 0) == 0; }
 
-std::string NodeOf(const ReadRequest& request) {
-  if (IsSerial(request.device)) return Exists(request.device) ? request.device : "";
+UsbReader UsbReaderOf(const ReadRequest& request) {
   const UsbBus bus = FindUsbReaders(IdsOf(request));
   for (const UsbReader& reader : bus.readers) {
-    if (reader.access == NodeAccess::kReady) return reader.node;
+    if (reader.access == NodeAccess::kReady) return reader;
   }
-  return bus.readers.empty() ? "" : bus.readers.front().node;
+  return bus.readers.empty() ? UsbReader() : bus.readers.front();
+}
+
+std::string NodeOf(const ReadRequest& request) {
+  if (IsSerial(request.device)) return Exists(request.device) ? request.device : "";
+  return UsbReaderOf(request).node;
 }
 
 NodeWatch::NodeWatch(const ReadRequest& request)

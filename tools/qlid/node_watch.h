@@ -5,12 +5,17 @@
 #include <chrono>
 #include <string>
 
+#include "tools/qlid/devices.h"
 #include "tools/qlid/reading.h"
 
 namespace qlid {
 
 // Whether a device text names a serial device rather than a USB reader.
 bool IsSerial(const std::string& device);
+
+// The USB reader that a read of this request opens, or else the first that is connected; its node
+// is empty when there is none.
+UsbReader UsbReaderOf(const ReadRequest& request);
 
 // The node that a read of this request opens; empty when there is none.
 std::string NodeOf(const ReadRequest& request);

@@ -10,7 +10,6 @@
 #include <fstream>
 #include <sstream>
 
-#include "tools/qlid/devices.h"
 #include "tools/qlid/terminal.h"
 #include "udev_rules.h"  // generated: kUdevRules
 
@@ -61,6 +60,13 @@ std::string JoinGroup(const std::string& name) {
                 Tr("then log in again", "然后重新登录"));
 }
 
+bool IsKnown(const UsbIdText& id) {
+  const std::vector<UsbIdText> known = KnownIds();
+  return std::any_of(known.begin(), known.end(), [&](const UsbIdText& each) {
+    return each.vendor == id.vendor && each.product == id.product;
+  });
+}
+
 // The group that may read and write the node, unless it is root's; else empty.
 std::string GroupOfNode(const std::string& node) {
   struct stat status = {};
@@ -95,23 +101,39 @@ std::vector<std::string> SerialRemedy(const std::string& node) {
           JoinGroup(kSerialGroup)};
 }
 
-std::vector<std::string> UsbRemedy(const std::string& node) {
-  const std::string served = GroupOfNode(node);
+std::vector<std::string> UsbRemedy(const UsbReader& reader) {
+  const std::string served = GroupOfNode(reader.node);
   if (!served.empty()) return {JoinGroup(served)};
   const char* replug = Tr("unplug the reader and plug it in", "拔出读卡器后重新插入");
+  if (!IsKnown(reader.id)) return {InstallRules(reader.id), JoinGroup(kUsbGroup), replug};
   return {
       Format("sudo apt install libquillonid1     %s", Tr("brings the udev rule", "提供 udev 规则")),
       JoinGroup(kUsbGroup), replug,
-      Format("%s qlid doctor --print-udev-rules | sudo tee "
-             "/etc/udev/rules.d/60-quillonid.rules",
-             Tr("without the package:", "未使用软件包时："))};
+      Tr("without the package: ", "未使用软件包时：") + InstallRules(reader.id)};
 }
 
-std::string UdevRules() { return kUdevRules; }
+std::string UdevRules(const std::vector<UsbIdText>& more) {
+  std::string rules = kUdevRules;
+  for (const UsbIdText& id : more) {
+    if (IsKnown(id)) continue;
+    rules += Format(
+        "SUBSYSTEM==\"usb\", ENV{DEVTYPE}==\"usb_device\", ATTR{idVendor}==\"%04x\", "
+        "ATTR{idProduct}==\"%04x\", MODE=\"0660\", GROUP=\"%s\", TAG+=\"uaccess\", "
+        "ENV{ID_MM_DEVICE_IGNORE}=\"1\"\n",
+        id.vendor, id.product, kUsbGroup);
+  }
+  return rules;
+}
 
-std::string InstalledRule(unsigned vendor, unsigned product) {
-  const std::string vendor_text = Format("\"%04x\"", vendor);
-  const std::string product_text = Format("\"%04x\"", product);
+std::string InstallRules(const UsbIdText& id) {
+  const std::string named = IsKnown(id) ? "" : Format(" --usb-id %04x:%04x", id.vendor, id.product);
+  return "qlid doctor --print-udev-rules" + named +
+         " | sudo tee /etc/udev/rules.d/60-quillonid.rules";
+}
+
+std::string InstalledRule(const UsbIdText& id) {
+  const std::string vendor_text = Format("\"%04x\"", id.vendor);
+  const std::string product_text = Format("\"%04x\"", id.product);
   for (const char* folder : kRuleFolders) {
     std::error_code none;
     for (const auto& entry : fs::directory_iterator(folder, none)) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/qlid/devices.h"
+
 namespace qlid {
 
 // Name of the user that the tool runs as, and of the groups: "kiosk, video".
@@ -16,13 +18,16 @@ std::string PermissionText(const std::string& node);
 
 // What to type, a command in a line.
 std::vector<std::string> SerialRemedy(const std::string& node);
-std::vector<std::string> UsbRemedy(const std::string& node);
+std::vector<std::string> UsbRemedy(const UsbReader& reader);
 
-// The udev rules for the known readers, as the package installs them.
-std::string UdevRules();
+// The udev rules for the known readers, as the package installs them, and for these besides.
+std::string UdevRules(const std::vector<UsbIdText>& more);
+
+// The command that installs them, with the id if it is not a known one.
+std::string InstallRules(const UsbIdText& id);
 
 // The installed rules file that names this id; empty: none.
-std::string InstalledRule(unsigned vendor, unsigned product);
+std::string InstalledRule(const UsbIdText& id);
 
 }  // namespace qlid
 

@@ -126,7 +126,8 @@ OpenProblem ExplainOpening(const ReadRequest& request) {
   }
   if (access(problem.node.c_str(), R_OK | W_OK) != 0) {
     problem.failure = OpenFailure::kNoPermission;
-    problem.next = IsSerial(request.device) ? SerialRemedy(problem.node) : UsbRemedy(problem.node);
+    problem.next =
+        IsSerial(request.device) ? SerialRemedy(problem.node) : UsbRemedy(UsbReaderOf(request));
     return problem;
   }
   const Holders holders = HoldersOf(problem.node);
