@@ -4,13 +4,13 @@
 #
 # With QL_INSTALL=no it only says what is missing and stops.
 
-packages_build="g++ cmake ninja-build pkg-config libcjson-dev libusb-1.0-0-dev libcli11-dev libpng-dev"
+packages_build="g++ cmake ninja-build pkg-config libcjson-dev libusb-1.0-0-dev libcli11-dev libpng-dev libsixel-dev"
 packages_test="libgtest-dev umockdev libumockdev-dev python3 locales zsh fish shellcheck tmux python3-jsonschema"
 packages_vm="qemu-system-x86 qemu-system-arm binutils cpio"
 packages_package="doxygen debhelper dpkg-dev lintian abigail-tools scdoc fakeroot mmdebstrap"
 packages_screenshots="xvfb xterm imagemagick fonts-dejavu-core fonts-noto-cjk"
 packages_arm64="g++-aarch64-linux-gnu qemu-user-static libc6:arm64 libstdc++6:arm64 libcjson-dev:arm64
-  libusb-1.0-0-dev:arm64 libpng-dev:arm64 libgtest-dev:arm64"
+  libusb-1.0-0-dev:arm64 libpng-dev:arm64 libsixel-dev:arm64 libgtest-dev:arm64"
 packages_clang="clang libclang-rt-14-dev"
 packages_fuzz="clang libclang-rt-14-dev"
 packages_sanitizers="valgrind cppcheck clang-tidy clang-tools"

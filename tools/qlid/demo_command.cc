@@ -11,6 +11,7 @@
 #include "tools/qlid/read_failure.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/sixel.h"
 #include "tools/qlid/specimen_reader.h"
 #include "tools/qlid/terminal.h"
 
@@ -19,6 +20,12 @@ namespace {
 
 constexpr int kPictureColumns = 40;
 constexpr int kFaultSeconds = 5;  // limit of a read that is to fail
+
+void ShowPicture(const Picture& picture) {
+  std::string text = TerminalDrawsSixel() ? SixelText(picture) : "";
+  if (text.empty()) text = HalfBlocks(picture, kPictureColumns);
+  std::printf("%s", text.c_str());
+}
 
 // Decodes the specimen's photo, shows it where the terminal has colour, and writes the file. `row`
 // says how it went; a result that is not 0 is a failure to report.
@@ -37,7 +44,7 @@ int ShowPhoto(const Card& card, const std::string& path, Row* row) {
     row->text = Tr("1024 bytes, not decoded", "1024 字节，未解码");
     return decoded != QL_SUCCESS ? decoded : QL_PHOTO_DECODE_ERROR;
   }
-  if (ColorWanted(STDOUT_FILENO)) std::printf("%s", HalfBlocks(picture, kPictureColumns).c_str());
+  if (ColorWanted(STDOUT_FILENO)) ShowPicture(picture);
   std::string problem;
   if (!WriteFile(path, bmp, &problem)) {
     row->text =
