@@ -83,8 +83,16 @@ int GetPersonParam(const unsigned char* source, char* dest, int nDesLen, int nLe
     std::memset(dest, 0, static_cast<std::size_t>(nDesLen));
     return -1;
   }
+  const int size = std::min(nLen, kFieldSize);
+  constexpr int kPerUnit = 3;  // UTF-8 bytes, at most
+  if ((size + 1) / 2 * kPerUnit < std::min(nDesLen, kFieldSize) - 1) {
+    // Whatever the text is, it fits untrimmed: it needs no room of its own.
+    const int length = Ucs2ToUtf8(source, size, dest, nDesLen).bytes;
+    std::memset(dest + length, 0, static_cast<std::size_t>(nDesLen - length));
+    return nLen;
+  }
   char text[kFieldSize + kUtf8Overshoot];
-  int length = Ucs2ToUtf8(source, std::min(nLen, kFieldSize), text, kFieldSize).bytes;
+  int length = Ucs2ToUtf8(source, size, text, kFieldSize).bytes;
   length = std::min(length, kFieldSize - 1);
 
   if (bRaw != 0) {

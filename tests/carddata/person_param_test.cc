@@ -182,3 +182,20 @@ TEST(GetPersonParam, EqualsItsStepsForRandomFields) {
         << width << ' ' << length << ' ' << raw;
   }
 }
+
+TEST(GetPersonParam, EqualsItsStepsAroundTheWidthThatHoldsEveryText) {
+  for (int length = 1; length <= 180; ++length) {
+    const int units = (length + 1) / 2;
+    for (const char16_t last : {u'京', u'a', u' '}) {
+      std::u16string text(static_cast<std::size_t>(units), u'京');
+      text.back() = last;
+      const Bytes source = LittleEndian(text);
+      for (int width = std::max(2, 3 * units - 2); width <= 3 * units + 4; ++width) {
+        for (const bool raw : {false, true}) {
+          ASSERT_EQ(PlainGet(source, width, length, raw), Get(source, width, length, raw))
+              << width << ' ' << length << ' ' << raw;
+        }
+      }
+    }
+  }
+}
