@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -18,7 +19,7 @@ const Import& Row(std::string_view name) { return *FindImport(name); }
 bool IsForLog(const char* path) { return std::string_view(path).starts_with("/home/quillon/"); }
 
 const File& FileOf(int fd) {
-  static const File unknown = {false, false};
+  static const File unknown = {false, false, false};
   const auto found = TheWorld().descriptors.find(fd);
   return found != TheWorld().descriptors.end() ? found->second : unknown;
 }
@@ -83,7 +84,7 @@ int Open(const char* path, int flags, ...) {
   const int fd = open(path, flags, mode);
   if (fd < 0) return fd;
   const bool tty = isatty(fd) == 1;
-  TheWorld().descriptors[fd] = {logging, tty};
+  TheWorld().descriptors[fd] = {logging, tty, (flags & O_ACCMODE) != O_RDONLY};
   TheWorld().tty_was_open |= tty;
   return fd;
 }
@@ -91,11 +92,14 @@ int Open(const char* path, int flags, ...) {
 int Close(int fd) {
   if (!IsRunning()) return close(fd);
   static const Import& row = Row("close");
-  const Way way = NextWay(row, FileOf(fd).logging);
+  const File file = FileOf(fd);
+  const Way way = NextWay(row, file.logging);
   if (TheWorld().descriptors.erase(fd) == 0) {
     TheWorld().misuse.emplace_back("closes a descriptor that it does not hold");
     return -1;
   }
+  // What was written is lost with it.
+  if (way == kError && file.writing && !file.tty && ftruncate(fd, 0) != 0) std::abort();
   const int result = close(fd);
   return way == kNone ? result : Fail(way, EIO);
 }

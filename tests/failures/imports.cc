@@ -23,7 +23,7 @@ constexpr char kCompiler[] = "start-up and check code of compiler and C library"
 const Import kImports[] = {
     // Files and descriptors
     {"open",      StandIn(Open),     kErrorOrSignal,             "EMFILE"},
-    {"close",     StandIn(Close),    kErrorOrSignal,             "EIO, and closed nevertheless"},
+    {"close",     StandIn(Close),    kErrorOrSignal,             "EIO: closed nevertheless, what was written is lost"},
     {"read",      StandIn(Read),     kErrorOrSignal | kShort,    "EIO"},
     {"write",     StandIn(Write),    kErrorOrSignal | kShort | kBusy, "EIO; ENOSPC of a file"},
     {"pread",     StandIn(Pread),    kErrorOrSignal | kShort,    "EIO"},

@@ -38,6 +38,7 @@ void PutCard(const char* specimen, bool fingerprints) {
                              std::filesystem::copy_options::overwrite_existing);
   TheWorld().module.PutCard(simulator::MakeCard(specimen, fingerprints));
   fake_libusb::Now().driver_active = 1;
+  fake_libusb::Now().devices = fake_libusb::State().devices;
 }
 
 void Nothing() {}
@@ -52,6 +53,14 @@ void RaisedBaud() {
   Resident();
   TheWorld().module.SetSpeedMatters(true);
   QL_APP_Id_RaiseBaundFlag(1);
+}
+
+// The reader that is tried last: nothing comes after it to close what it left open.
+void LastUsbId() {
+  Resident();
+  fake_libusb::Now().devices = {
+      {0x2B46, 0xBC01}
+  };
 }
 
 void NarrowLine() {
@@ -306,6 +315,7 @@ const std::vector<Scenario>& Scenarios() {
       {"RaisedBaud",                RaisedBaud,                {Plain(ReadFast)},              {kPhoto}},
       {"NarrowLine",                NarrowLine,                {Plain(ReadCollect)},           {kPhoto}},
       {"Usb",                       Resident,                  {Plain(ReadUsb)},               {kPhoto}},
+      {"UsbLastId",                 LastUsbId,                 {Plain(ReadUsb)},               {kPhoto}},
       {"UsbJsonWithFingerprints",   PermitWithFingerprints,    {Json(ReadUsbJson)},            {kPhoto}},
       {"Logged",                    ResidentWithFingerprints,  {WithTemplates(ReadCollectFp)}, {kPhoto}, kLogged},
       {"UsbLogged",                 Resident,                  {Plain(ReadUsb)},               {kPhoto}, kLogged},

@@ -37,6 +37,7 @@ struct Call {
 struct File {
   bool logging;
   bool tty;
+  bool writing;
 };
 
 struct World {
