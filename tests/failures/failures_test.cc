@@ -100,6 +100,7 @@ class FailingCall : public testing::TestWithParam<Scenario> {
   bool Prepare() {
     InstallStandIns();
     SwitchLogging(GetParam().logging);
+    StartAfresh();
     GetParam().prepare();
     kept_ = FilesIn(TemporaryFolder());
     Run({});  // Takes up what is kept for good, such as the C library's time zone.

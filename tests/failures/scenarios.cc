@@ -297,6 +297,17 @@ StepResult LogLine() { return {DPrintLogToFile("%s", "line"), ""}; }
 
 }  // namespace
 
+void StartAfresh() {
+  QL_APP_Id_RaiseBaundFlag(0);
+  APP_ID_SetOneInstrReadInfo(0);
+  APP_ID_IDCardAddPhotoDataToJsonFlag(0);
+  TheWorld().module.SetSpeedMatters(false);
+  TheWorld().room = SIZE_MAX;
+  for (const auto& entry : std::filesystem::directory_iterator(TemporaryFolder())) {
+    std::filesystem::remove(entry.path());
+  }
+}
+
 std::string PathOf(const std::string& file) { return TemporaryFolder() + "/" + file; }
 
 // clang-format off

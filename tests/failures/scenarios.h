@@ -37,6 +37,9 @@ struct Scenario {
 
 const std::vector<Scenario>& Scenarios();
 
+// Takes back what the scenarios of the same process have set before.
+void StartAfresh();
+
 // Of a file that a scenario names.
 std::string PathOf(const std::string& file);
 
