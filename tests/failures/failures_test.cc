@@ -251,6 +251,26 @@ TEST_P(FailingCall, LeavesNothingBehind) {
   std::printf("%s: %zu calls, %zu runs with a failure\n", GetParam().name, calls_.size(), tried_);
 }
 
+// A row of the table that no scenario reaches would count as tried.
+TEST(Scenarios, MakeEveryCallThatCanFail) {
+  NEEDS_PRIVATE_ROOT();
+  InstallStandIns();
+  std::set<const Import*> made;
+  for (const Scenario& scenario : Scenarios()) {
+    StartAfresh();
+    SwitchLogging(scenario.logging);
+    scenario.prepare();
+    BeginRun({});
+    for (const Step& step : scenario.steps) step.run();
+    EndRun();
+    for (const Call& call : TheWorld().calls) made.insert(call.import);
+  }
+
+  for (const Import& row : Imports()) {
+    EXPECT_TRUE(row.ways == kNone || made.contains(&row)) << row.name;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(, FailingCall, testing::ValuesIn(Scenarios()),
                          [](const auto& scenario) { return scenario.param.name; });
 
