@@ -100,6 +100,7 @@ const Import kImports[] = {
     {"__errno_location",     nullptr, kNone, kCompiler},
     {"__stack_chk_fail",     nullptr, kNone, kCompiler},
     {"__stack_chk_guard",    nullptr, kNone, kCompiler},
+    {"__getauxval",          nullptr, kNone, kCompiler},
     {"__cxa_finalize",       nullptr, kNone, kCompiler},
     {"__gmon_start__",       nullptr, kNone, kCompiler},
     {"_ITM_deregisterTMCloneTable", nullptr, kNone, kCompiler},
@@ -127,8 +128,9 @@ const Import* FindImport(std::string_view symbol) {
 }
 
 bool IsInstrumentation(std::string_view symbol) {
-  constexpr std::string_view kStarts[] = {"__asan_", "__ubsan_", "__tsan_",  "__sanitizer_",
-                                          "__lsan_", "__msan_",  "__sancov_"};
+  constexpr std::string_view kStarts[] = {
+      "__asan_", "__ubsan_", "__tsan_",   "__sanitizer_",
+      "__lsan_", "__msan_",  "__sancov_", "_ZSt21__glibcxx_assert_fail"};
   return std::any_of(std::begin(kStarts), std::end(kStarts),
                      [symbol](std::string_view start) { return symbol.starts_with(start); });
 }

@@ -30,7 +30,7 @@ std::span<const Import> Imports();
 // under the plain name: its arguments begin like the plain ones.
 const Import* FindImport(std::string_view symbol);
 
-// Symbols that sanitizers bring along.
+// Symbols that sanitizers and checked standard headers bring along.
 bool IsInstrumentation(std::string_view symbol);
 
 }  // namespace failures
