@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "quillonid/image.h"
 #include "quillonid/quillonid.h"
 #include "simulator/tty_reader.h"
 #include "support/handles.h"
@@ -262,6 +263,10 @@ TEST_P(ReadInLocale, GivesWhatItGivesInEveryOther) {
   for (const char* usb : {"HID", "hid"}) {
     EXPECT_NE(-13, APP_ID_ReadCollectIDCard(usb, "", 9600, 1, no_photo, &record)) << usb;
   }
+  // Neither is that of "*.GIF".
+  char image[64] = {};
+  GetImgPathEx("/no/such/*.GIF", "", "N", image, sizeof image);
+  EXPECT_STREQ("/no/such/N.GIF", image);
 }
 
 INSTANTIATE_TEST_SUITE_P(, ReadInLocale,
