@@ -113,7 +113,7 @@ TEST(QlidWatch, TellsEveryCardOnceAndDoesNotGrow) {
   const std::string device = folder.path() + "/reader";
   PluggedReader reader(device);
   Program watch(
-      Qlid({"read", "--watch", "--json", "--pause", "1", "--timeout", "3", "--device", device}),
+      Qlid({"read", "--watch", "--json", "--pause", "1", "--timeout", "20", "--device", device}),
       {"LD_PRELOAD=" SKIP_SLEEPS, "ASAN_OPTIONS=verify_asan_link_order=0"});
   Usage warm = {};
   std::size_t pulled = 0;
