@@ -106,8 +106,8 @@ constexpr bool kMemoryIsMeasured = true;
 }  // namespace
 
 TEST(QlidWatch, TellsEveryCardOnceAndDoesNotGrow) {
-  const int cards = Number("QL_ENDURANCE_CARDS", 1000);
-  const int unplugs = Number("QL_ENDURANCE_UNPLUGS", 50);
+  const int cards = Number("QL_ENDURANCE_CARDS", CARDS);
+  const int unplugs = Number("QL_ENDURANCE_UNPLUGS", UNPLUGS);
   const DeviceFolder folder;
   ASSERT_NE("", folder.path());
   const std::string device = folder.path() + "/reader";
