@@ -1,6 +1,6 @@
 // Base64 both ways, over the standard alphabet and over one that the application wrote, against
 // arithmetic on numbers.
-#include <cstring>
+#include <algorithm>
 #include <string>
 
 #include "fuzz/check.h"
@@ -92,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (std::size_t i = 0; i < changes; ++i) {
       alphabet[input.Byte() % 64] = static_cast<char>(input.Byte());
     }
-    std::memcpy(table, alphabet.data(), alphabet.size());
+    std::copy(alphabet.begin(), alphabet.end(), table);
   }
   const int shortage = input.Between(0, 7) == 7 ? 1 : 0;
   const Bytes spare = input.Take(1);

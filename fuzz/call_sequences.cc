@@ -125,7 +125,7 @@ void CardCommand(Input& input) {
 void ReaderExchange(Input& input) {
   const bool raw = input.Flag();
   const std::uint8_t head = raw ? 0 : 2, end = raw ? 0 : 3;
-  const Bytes message = input.Take(input.Byte() * 5U);
+  const Bytes message = input.Take(input.Byte() * std::size_t{5});
   const Exact<unsigned char> sent(message);
   const int size = static_cast<int>(message.size());
   Guarded reply(static_cast<std::size_t>(input.Between(0, 4096)));
@@ -166,7 +166,7 @@ void ReaderExchange(Input& input) {
 }
 
 void TransportCall(Input& input) {
-  const Bytes message = input.Take(input.Byte() * 5U);
+  const Bytes message = input.Take(input.Byte() * std::size_t{5});
   const Exact<unsigned char> sent(message);
   const int size = static_cast<int>(message.size());
   Guarded reply(static_cast<std::size_t>(input.Between(0, 4096)));

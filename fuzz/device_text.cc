@@ -95,7 +95,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   constexpr int kBauds[] = {9600, 115200, 19200, 0, -1};
   const int baud = kBauds[input.Between(0, 4)];
   const int first_baud = kBauds[input.Between(0, 4)];
-  const int aux_param = static_cast<std::int8_t>(input.Byte());
+  const int aux_param = input.Between(-128, 127);
   const Exact<char> device(input.RestAsText());
   const DeviceText text = {device.get(), baud, first_baud, aux_param};
   GuardedRecord<QL_TRANSPORT_DESCRIPTION> description(0x5A);
@@ -108,6 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Named expected = Name(text, before);
   FUZZ_CHECK(result == expected.result);
   FUZZ_CHECK(connect_type == expected.connect_type);
-  FUZZ_CHECK(std::memcmp(description.get(), &expected.description, sizeof before) == 0);
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&expected.description);
+  FUZZ_CHECK(std::equal(bytes, bytes + sizeof before, description.bytes().bytes()));
   return 0;
 }

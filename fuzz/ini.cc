@@ -27,7 +27,7 @@ std::optional<std::string> ValueOf(std::string text, const std::string& section,
       in_section = in_section || line.rfind("[" + section + "]", 0) == 0;
       continue;
     }
-    if (line.rfind("#", 0) == 0 || line.rfind("//", 0) == 0) continue;
+    if (line.starts_with('#') || line.starts_with("//")) continue;
     if (line.find(key) != std::string::npos) return line.substr(equals + 1);
   }
   return std::nullopt;

@@ -70,7 +70,7 @@ void CheckLog(const std::string& expected) {
 }
 
 void SetNames(Input& input) {
-  const Bytes version = input.Take(input.Byte()), name = input.Take(input.Byte() * 4U);
+  const Bytes version = input.Take(input.Byte()), name = input.Take(input.Byte() * std::size_t{4});
   s_version.assign(version.begin(), std::find(version.begin(), version.end(), 0));
   s_name.assign(name.begin(), std::find(name.begin(), name.end(), 0));
   std::replace(s_name.begin(), s_name.end(), '/', '_');  // stay in the folder
@@ -106,7 +106,7 @@ void MarkedMessage(Input& input) {
 void DumpBytes(Input& input) {
   const int type = input.Between(-1, 2), level = input.Between(-1, 13);
   const std::string title = input.Text();
-  Bytes bytes = input.Take(input.Byte() * 4U);
+  Bytes bytes = input.Take(input.Byte() * std::size_t{4});
   for (std::size_t twice = input.Byte() % 5; twice > 0 && bytes.size() < 6000; --twice) {
     const Bytes copy = bytes;
     bytes.insert(bytes.end(), copy.begin(), copy.end());

@@ -135,7 +135,7 @@ Bytes ScriptedCard::Damaged(Bytes answer) {
       answer.resize(script_->Word() % (answer.size() + 1));
       return answer;
     case 11: {  // bytes before it
-      Bytes whole = script_->Take(script_->Byte() * 8U);
+      Bytes whole = script_->Take(script_->Byte() * std::size_t{8});
       Append(answer, &whole);
       return whole;
     }
@@ -153,9 +153,9 @@ Bytes ScriptedCard::Damaged(Bytes answer) {
       hung_up_ = script_->Flag();
       return answer;
     case 16:  // anything
-      return script_->Take(script_->Byte() * 16U);
+      return script_->Take(script_->Byte() * std::size_t{16});
     case 17:  // a right frame of any content
-      return Frame(script_->Take(script_->Byte() * 4U));
+      return Frame(script_->Take(script_->Byte() * std::size_t{4}));
     case 18:  // unsupported, IC power-on
       return script_->Flag() ? Bytes{0xAA, 0xAA, 0xAA, 0x96, 0x69, 0, 4, 0, 0, 0x21, 0x45, 0}
                              : Frame({0x40, 0x02, 0x41});

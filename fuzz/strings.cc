@@ -139,7 +139,7 @@ void ToHex(const Bytes& bytes) {
   if (!bytes.empty()) FUZZ_CHECK(local.Text() == lower);
 
   std::uint64_t value = 0;
-  for (const std::uint8_t byte : bytes) value = value * 100 + byte / 16U * 10U + byte % 16U;
+  for (const std::uint64_t byte : bytes) value = value * 100 + byte / 16 * 10 + byte % 16;
   FUZZ_CHECK(Str_BcdtoUint64(in.get(), Size(bytes)) == value);
 }
 
