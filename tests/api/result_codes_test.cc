@@ -2,13 +2,13 @@
 #include <iconv.h>
 
 #include <climits>
-#include <map>
 
 #include "quillonid/quillonid.h"
 #include "quillonid/results.h"
 #include "tests/reader/log_area.h"
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
+#include "tests/testing/published_results.h"
 
 namespace {
 
@@ -19,23 +19,6 @@ int Published(int code) {
   TY_Id_ConvertErr(code, &published);
   return published;
 }
-
-// Internal code, published code.
-const std::map<int, int> kPublished = {
-    {-50,   -1  },
-    {-55,   -2  },
-    {-54,   -3  },
-    {-4,    -4  },
-    {-56,   -5  },
-    {-2000, -7  },
-    {-57,   -9  },
-    {-2,    -13 },
-    {-2001, -8  },
-    {-2004, -11 },
-    {-2003, -10 },
-    {-2005, -100},
-    {-2002, -12 },
-};
 
 struct MessageCase {
   int code;

@@ -2,11 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <vector>
 
 #include "quillonid/image.h"
 #include "quillonid/results.h"
+#include "tests/testing/published_results.h"
 
 TEST(EveryPhotoLength, ButTheOneOfAPhotoIsRefused) {
   std::vector<unsigned char> native(4096, 0x5A);
@@ -28,28 +28,11 @@ TEST(EveryPhotoLength, ButTheOneOfAPhotoIsRefused) {
 }
 
 TEST(EveryResultCode, IsPublishedByTheTable) {
-  const std::map<int, int> published = {
-      {-50,   -1  },
-      {-55,   -2  },
-      {-54,   -3  },
-      {-4,    -4  },
-      {-56,   -5  },
-      {-2000, -7  },
-      {-57,   -9  },
-      {-2,    -13 },
-      {-2001, -8  },
-      {-2004, -11 },
-      {-2003, -10 },
-      {-2005, -100},
-      {-2002, -12 }
-  };
   for (int code = -70000; code <= 70000; ++code) {
-    const auto pair = published.find(code);
-    const int expected = code >= 0 ? code : pair != published.end() ? pair->second : -100;
     int result = 12345678;
 
     TY_Id_ConvertErr(code, &result);
 
-    ASSERT_EQ(expected, result) << code;
+    ASSERT_EQ(PublishedResult(code), result) << code;
   }
 }

@@ -5,11 +5,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
+
 #include "support/handles.h"
 
 Child::Child(int standard_output, const std::function<std::string()>& program) {
   int ends[2] = {-1, -1};
   EXPECT_EQ(0, pipe(ends));
+  std::fflush(stdout);  // What stands in the buffer would go out to the terminal as well.
   pid_ = fork();
   if (pid_ == 0) {
     close(ends[0]);
@@ -20,7 +24,7 @@ Child::Child(int standard_output, const std::function<std::string()>& program) {
     }
     const std::string text = program();
     const ssize_t put = write(ends[1], text.data(), text.size());
-    _exit(put == static_cast<ssize_t>(text.size()) ? 0 : 1);
+    std::exit(put == static_cast<ssize_t>(text.size()) ? 0 : 1);  // _exit() writes no coverage.
   }
   close(ends[1]);
   results_ = ends[0];
