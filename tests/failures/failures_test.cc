@@ -29,12 +29,16 @@ constexpr std::size_t kMostShown = 8;  // problems of one scenario
 // of them. Of those every seventh is tried; QL_EVERY_POSITION in the environment has all tried.
 constexpr std::size_t kManyCalls = 1000;
 constexpr std::size_t kLogCallStep = 7;
-// Under Valgrind, where a run takes fifty times as long, every eleventh call is tried.
-constexpr std::size_t kStepUnderValgrind = 11;
+// Under Valgrind and emulation, where a run takes many times as long, every eleventh call is tried.
+constexpr std::size_t kStepWhereSlow = 11;
 
-bool IsUnderValgrind() {
+bool RunsSlowly() {
+#ifdef QL_EMULATED
+  return true;
+#else
   const char* const preloaded = std::getenv("LD_PRELOAD");
   return preloaded != nullptr && std::string_view(preloaded).find("vgpreload") != std::string::npos;
+#endif
 }
 
 std::ptrdiff_t Entries(const char* folder) {
@@ -243,7 +247,7 @@ TEST_P(FailingCall, LeavesNothingBehind) {
   NEEDS_PRIVATE_ROOT();
   ASSERT_TRUE(Prepare());
   const bool all = calls_.size() < kManyCalls || std::getenv("QL_EVERY_POSITION") != nullptr;
-  const std::size_t step = IsUnderValgrind() ? kStepUnderValgrind : 1;
+  const std::size_t step = RunsSlowly() ? kStepWhereSlow : 1;
   for (std::size_t position = 1; position <= calls_.size(); position += step) {
     if (!all && calls_[position - 1].logging && position % kLogCallStep != 0) continue;
     for (const Way way : {kError, kShort, kInterrupted, kBusy}) {
