@@ -119,7 +119,7 @@ int SaveBmp(const char* path, const unsigned char* pixels, int width, int height
   LOG_API("[%s] Start  %s ", __func__, PrintableText(path));
   const Headers headers = MakeHeaders(width, height);
   LOG_API("open Start ");
-  Descriptor bmp(path == nullptr || pixels == nullptr ? -1 : open(path, kReplacing, 0666));
+  Descriptor bmp(path == nullptr || pixels == nullptr ? -1 : open(path, kWritingOver, 0666));
   LOG_API("SaveBmp :szBmpFile is:%s\n", PrintableText(path));
   if (!bmp) return 0;
 
@@ -127,10 +127,10 @@ int SaveBmp(const char* path, const unsigned char* pixels, int width, int height
   const HeapBytes file = MakeFile(headers, rows, pixels);
   if (file == nullptr) {
     LOG_API("malloc  pRGBData : error");
-    WriteAll(bmp.get(), headers.data(), headers.size());
+    ReplaceContent(bmp.get(), headers.data(), headers.size());
     return 0;
   }
-  const bool written = WriteAll(bmp.get(), file.get(), rows.FileSize());
+  const bool written = ReplaceContent(bmp.get(), file.get(), rows.FileSize());
   LOG_API("SaveBmp : close the fp");
   const bool closed = bmp.Close();
   LOG_API("#############1[%s] End ", __func__);

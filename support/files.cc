@@ -51,17 +51,32 @@ Content ReadUpTo(int fd, unsigned char* buffer, std::size_t size) {
   return {got, true};
 }
 
+// Writes until `size` bytes are out or the file fails; returns the bytes written.
+std::size_t WriteUpTo(int fd, const unsigned char* bytes, std::size_t size) {
+  std::size_t put = 0;
+  while (put < size) {
+    const ssize_t n = write(fd, bytes + put, size - put);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) break;
+    put += static_cast<std::size_t>(n);
+  }
+  return put;
+}
+
 }  // namespace
 
 bool WriteAll(int fd, const unsigned char* bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t n = write(fd, bytes, size);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) return false;
-    bytes += n;
-    size -= static_cast<std::size_t>(n);
-  }
-  return true;
+  return WriteUpTo(fd, bytes, size) == size;
+}
+
+bool ReplaceContent(int fd, const unsigned char* bytes, std::size_t size) {
+  const std::size_t put = WriteUpTo(fd, bytes, size);
+  int cut = 0;
+  do {
+    cut = ftruncate(fd, static_cast<off_t>(put));
+  } while (cut != 0 && errno == EINTR);
+  // A pipe or device has nothing to cut.
+  return put == size && (cut == 0 || errno == EINVAL);
 }
 
 long get_file_size(const char* path) {

@@ -23,6 +23,7 @@ ssize_t Read(int fd, void* buffer, std::size_t size);
 ssize_t Write(int fd, const void* data, std::size_t size);
 ssize_t Pread(int fd, void* buffer, std::size_t size, off_t offset);
 ssize_t Pwrite(int fd, const void* data, std::size_t size, off_t offset);
+int Ftruncate(int fd, off_t size);
 int Stat(const char* path, struct stat* status);
 int Fstat(int fd, struct stat* status);
 int Fcntl(int fd, int command, ...);

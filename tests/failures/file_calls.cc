@@ -140,6 +140,13 @@ ssize_t Pwrite(int fd, const void* data, std::size_t size, off_t offset) {
   return pwrite(fd, data, Half(way, size), offset);
 }
 
+int Ftruncate(int fd, off_t size) {
+  if (!IsRunning()) return ftruncate(fd, size);
+  static const Import& row = Row("ftruncate");
+  if (const Way way = NextWay(row, FileOf(fd).logging)) return Fail(way, EIO);
+  return ftruncate(fd, size);
+}
+
 int Stat(const char* path, struct stat* status) {
   if (!IsRunning()) return stat(path, status);
   static const Import& row = Row("stat");

@@ -28,6 +28,7 @@ const Import kImports[] = {
     {"write",     StandIn(Write),    kErrorOrSignal | kShort | kBusy, "EIO; ENOSPC of a file"},
     {"pread",     StandIn(Pread),    kErrorOrSignal | kShort,    "EIO"},
     {"pwrite",    StandIn(Pwrite),   kErrorOrSignal | kShort,    "ENOSPC"},
+    {"ftruncate", StandIn(Ftruncate), kErrorOrSignal,            "EIO"},
     {"stat",      StandIn(Stat),     kError,                     "EACCES"},
     {"fstat",     StandIn(Fstat),    kError,                     "EIO"},
     {"fcntl",     StandIn(Fcntl),    kError,                     "EBADF"},
