@@ -64,9 +64,11 @@ Headers MakeHeaders(int width, int height) {
 QL_BYTE_SHUFFLE std::int64_t ExchangeFives(const unsigned char* src, std::int64_t pixels,
                                            unsigned char* dst) {
   constexpr Table16 kOrder = {2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, 15};
+  constexpr std::ptrdiff_t kAtOnce = 5;  // pixels
   const Bytes16 order = Load16(kOrder);
   std::int64_t taken = 0;
-  for (; pixels - taken > 5; taken += 5, src += 5 * kPixelSize, dst += 5 * kPixelSize) {
+  for (; pixels - taken > kAtOnce;
+       taken += kAtOnce, src += kAtOnce * kPixelSize, dst += kAtOnce * kPixelSize) {
     Store16(LookUp(Load16(src), order), dst);
   }
   return taken;

@@ -61,7 +61,7 @@ consteval Tables16 MakeTables() {
   Tables16 tables = {};
   std::uint16_t known_lows[16] = {};  // by upper half: the lower halves that the alphabet has
   for (int position = 0; position < 64; ++position) {
-    const int character = kStandard[static_cast<std::size_t>(position)];
+    const int character = static_cast<unsigned char>(kStandard[static_cast<std::size_t>(position)]);
     const int high = character >> 4;
     tables.shift[RangeOf(position)] = static_cast<std::uint8_t>(character - position);
     tables.back[character == '/' ? 1 : high] = static_cast<std::uint8_t>(position - character);
