@@ -86,15 +86,26 @@ void Exchange(const unsigned char* src, std::int64_t pixels, unsigned char* dst,
   }
 }
 
-// The whole file, or null when there is no memory for it.
-HeapBytes MakeFile(const Headers& headers, const PixelRows& rows, const unsigned char* pixels) {
-  if (rows.FileSize() > kMaxFileSize) return nullptr;
-  HeapBytes file(static_cast<unsigned char*>(std::malloc(rows.FileSize())));
-  if (file == nullptr) return nullptr;
+// Room for a whole file. A portrait's lies on the stack: the heap gives a block of that size back
+// to the system and gets it again for every picture, which takes as long as writing it.
+class FileBytes {
+ public:
+  // Null when there is no memory for `size` bytes, or no file may have as many.
+  unsigned char* Get(std::uint64_t size) {
+    if (size <= sizeof portrait_) return portrait_;
+    if (size <= kMaxFileSize) heap_.reset(static_cast<unsigned char*>(std::malloc(size)));
+    return heap_.get();
+  }
 
+ private:
+  unsigned char portrait_[40 * 1024];
+  HeapBytes heap_;
+};
+
+void PutFile(const Headers& headers, const PixelRows& rows, const unsigned char* pixels,
+             unsigned char* out) {
   const auto row_pixels = static_cast<std::int64_t>(rows.size / kPixelSize);
   const bool in_fives = HasByteShuffle();
-  unsigned char* out = file.get();
   std::memcpy(out, headers.data(), headers.size());
   out += headers.size();
   for (std::uint64_t row = 0; row < rows.count; ++row) {
@@ -104,7 +115,6 @@ HeapBytes MakeFile(const Headers& headers, const PixelRows& rows, const unsigned
     std::memcpy(out, kRowFiller.data(), kRowFiller.size());
     out += kRowFiller.size();
   }
-  return file;
 }
 
 }  // namespace
@@ -126,13 +136,15 @@ int SaveBmp(const char* path, const unsigned char* pixels, int width, int height
   if (!bmp) return 0;
 
   const PixelRows rows = RowsOf(width, height);
-  const HeapBytes file = MakeFile(headers, rows, pixels);
+  FileBytes room;  // Not cleared: PutFile() fills what is written.
+  unsigned char* const file = room.Get(rows.FileSize());
   if (file == nullptr) {
     LOG_API("malloc  pRGBData : error");
     ReplaceContent(bmp.get(), headers.data(), headers.size());
     return 0;
   }
-  const bool written = ReplaceContent(bmp.get(), file.get(), rows.FileSize());
+  PutFile(headers, rows, pixels, file);
+  const bool written = ReplaceContent(bmp.get(), file, rows.FileSize());
   LOG_API("SaveBmp : close the fp");
   const bool closed = bmp.Close();
   LOG_API("#############1[%s] End ", __func__);
