@@ -2,6 +2,10 @@
 #ifndef QUILLONID_TESTS_CARDDATA_EXPECTED_NAMES_H
 #define QUILLONID_TESTS_CARDDATA_EXPECTED_NAMES_H
 
+#include <sstream>
+#include <string>
+#include <vector>
+
 // GB/T 3304 codes 01 to 56.
 inline constexpr char kExpectedNations[] = R"(
 01 汉; 02 蒙古; 03 回; 04 藏; 05 维吾尔; 06 苗; 07 彝; 08 壮; 09 布依; 10 朝鲜; 11 满; 12 侗;
@@ -66,5 +70,21 @@ VAT 梵蒂冈城国; VEN 委内瑞拉共和国; VNM 越南社会主义共和国;
 VIR 美属维尔京群岛; WLF 瓦利斯和富图纳; ESH 西撒哈拉; YEM 也门共和国; YUG 南斯拉夫联盟共和国;
 ZMB 赞比亚共和国; ZWE 津巴布韦共和国
 )";
+
+struct Name {
+  std::string code;
+  std::string text;
+};
+
+// A list taken apart: "01 汉; 02 ...".
+inline std::vector<Name> NamesOf(const char* list) {
+  std::vector<Name> names;
+  std::istringstream stream(list);
+  for (Name name; stream >> name.code && std::getline(stream >> std::ws, name.text, ';');) {
+    name.text.erase(name.text.find_last_not_of('\n') + 1);
+    names.push_back(name);
+  }
+  return names;
+}
 
 #endif

@@ -3,7 +3,6 @@
 
 #include <climits>
 #include <cstdint>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,22 +12,6 @@
 #include "tests/testing/private_root.h"
 
 namespace {
-
-struct Name {
-  std::string code;
-  std::string text;
-};
-
-// "AFG 阿富汗; ALB ..." taken apart.
-std::vector<Name> Names(const char* list) {
-  std::vector<Name> names;
-  std::istringstream stream(list);
-  for (Name name; stream >> name.code && std::getline(stream >> std::ws, name.text, ';');) {
-    name.text.erase(name.text.find_last_not_of('\n') + 1);
-    names.push_back(name);
-  }
-  return names;
-}
 
 std::string UpToZero(const std::string& text) { return text.substr(0, text.find('\0')); }
 
@@ -49,7 +32,7 @@ std::string CountryText(const char* code) { return UpToZero(Country(code)); }
 }  // namespace
 
 TEST(GetNation, NamesEveryGroup) {
-  const auto names = Names(kExpectedNations);
+  const auto names = NamesOf(kExpectedNations);
   ASSERT_EQ(56u, names.size());
   for (const Name& name : names) EXPECT_EQ(name.text, Nation(std::stoi(name.code))) << name.code;
   EXPECT_EQ("基诺", Nation(56));
@@ -98,7 +81,7 @@ TEST(GetNation, WritesNothingWithoutRoom) {
 }
 
 TEST(GetCountry, NamesEveryCountry) {
-  const auto names = Names(kExpectedCountries);
+  const auto names = NamesOf(kExpectedCountries);
   ASSERT_EQ(239u, names.size());
   for (const Name& name : names) EXPECT_EQ(name.text, CountryText(name.code.c_str())) << name.code;
   EXPECT_EQ("中华人民共和国", CountryText("CHN"));
@@ -130,7 +113,7 @@ TEST(GetCountry, WritesNoTerminatingZero) {
 // The field that it fills has 50 bytes.
 TEST(GetCountry, WritesAtMost48Bytes) {
   std::size_t longest = 0;
-  for (const Name& name : Names(kExpectedCountries)) {
+  for (const Name& name : NamesOf(kExpectedCountries)) {
     const std::string written = Country(name.code.c_str(), std::string(128, '#'));
     longest = std::max(longest, written.find('#'));
   }

@@ -237,6 +237,40 @@ int ModelKind(const Native& card) {
   return -1;
 }
 
+// A parser of one kind of card.
+template <typename Record>
+void ParsesCardAsTheModel(int parse(int, const unsigned char*, Record*),
+                          void model(const Native&, Record*)) {
+  ForEachInput(
+      [parse, model](Random& random) {
+        const Native card = AnyCard(random);
+        Records<Record> record;
+
+        const int library = parse(card.mode, card.data(), record.of_library());
+        model(card, record.of_model());
+
+        return Equal(0, library) && record.AreEqual();
+      },
+      kRecords);
+}
+
+// A parser of the card text alone, which begins anywhere.
+template <typename Record, typename Parse>
+void ParsesAsTheModel(Parse parse, void model(const unsigned char*, Record*)) {
+  ForEachInput(
+      [parse, model](Random& random) {
+        const Native card = AnyCard(random);
+        const int offset = random.Between(0, 1000);
+        Records<Record> record(random);
+
+        const int library = parse(card.data(), offset, record.of_library());
+        model(card.data() + offset, record.of_model());
+
+        return Equal(0, library) && record.AreEqual();
+      },
+      kRecords);
+}
+
 }  // namespace
 
 TEST(ModelOfGetIdCardTypeFromNativeData, IsEqual) {
@@ -247,47 +281,13 @@ TEST(ModelOfGetIdCardTypeFromNativeData, IsEqual) {
   });
 }
 
-TEST(ModelOfGetPersonChinaInfo, IsEqual) {
-  ForEachInput(
-      [](Random& random) {
-        const Native card = AnyCard(random);
-        Records<PERSONINFO_CHA_FP> record;
-
-        const int library = GetPersonChinaInfo(card.mode, card.data(), record.of_library());
-        ModelChina(card, record.of_model());
-
-        return Equal(0, library) && record.AreEqual();
-      },
-      kRecords);
-}
+TEST(ModelOfGetPersonChinaInfo, IsEqual) { ParsesCardAsTheModel(GetPersonChinaInfo, ModelChina); }
 
 TEST(ModelOfGetPersonForeignInfo, IsEqual) {
-  ForEachInput(
-      [](Random& random) {
-        const Native card = AnyCard(random);
-        Records<PERSONINFO_FOR_FP> record;
-
-        const int library = GetPersonForeignInfo(card.mode, card.data(), record.of_library());
-        ModelForeign(card, record.of_model());
-
-        return Equal(0, library) && record.AreEqual();
-      },
-      kRecords);
+  ParsesCardAsTheModel(GetPersonForeignInfo, ModelForeign);
 }
 
-TEST(ModelOfGetPersonGATInfo, IsEqual) {
-  ForEachInput(
-      [](Random& random) {
-        const Native card = AnyCard(random);
-        Records<PERSONINFO_GAT_FP> record;
-
-        const int library = GetPersonGATInfo(card.mode, card.data(), record.of_library());
-        ModelGat(card, record.of_model());
-
-        return Equal(0, library) && record.AreEqual();
-      },
-      kRecords);
-}
+TEST(ModelOfGetPersonGATInfo, IsEqual) { ParsesCardAsTheModel(GetPersonGATInfo, ModelGat); }
 
 TEST(ModelOfGetPersonInfo, IsEqual) {
   ForEachInput(
@@ -319,23 +319,6 @@ TEST(ModelOfGetPersonParam, IsEqual) {
 
     return Equal(field, library) && out.AreEqual();
   });
-}
-
-// A parser of the card text alone, which begins anywhere.
-template <typename Record, typename Parse>
-void ParsesAsTheModel(Parse parse, void model(const unsigned char*, Record*)) {
-  ForEachInput(
-      [parse, model](Random& random) {
-        const Native card = AnyCard(random);
-        const int offset = random.Between(0, 1000);
-        Records<Record> record(random);
-
-        const int library = parse(card.data(), offset, record.of_library());
-        model(card.data() + offset, record.of_model());
-
-        return Equal(0, library) && record.AreEqual();
-      },
-      kRecords);
 }
 
 TEST(ModelOfIdChinaParam, IsEqual) {

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstring>
-#include <sstream>
 
 #include "tests/carddata/expected_names.h"
 #include "tests/carddata/iconv_text.h"
@@ -58,21 +57,6 @@ const Tables& GbkTables() {
 }
 
 char CharOf(unsigned byte) { return static_cast<char>(static_cast<unsigned char>(byte)); }
-
-struct Name {
-  std::string code;
-  std::string text;
-};
-
-std::vector<Name> NamesOf(const char* list) {
-  std::vector<Name> names;
-  std::istringstream stream(list);
-  for (Name name; stream >> name.code && std::getline(stream >> std::ws, name.text, ';');) {
-    name.text.erase(name.text.find_last_not_of('\n') + 1);
-    names.push_back(name);
-  }
-  return names;
-}
 
 }  // namespace
 

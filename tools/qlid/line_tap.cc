@@ -12,28 +12,12 @@
 #include <thread>
 
 #include "simulator/line_speed.h"
+#include "support/handles.h"
 
 namespace qlid {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// A descriptor that is closed with the object.
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() { Close(); }
-  int get() const { return value_; }
-  void Close() {
-    if (value_ >= 0) close(value_);
-    value_ = -1;
-  }
-
- private:
-  int value_;
-};
 
 int OpenMaster(std::string* path) {
   const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
