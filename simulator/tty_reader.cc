@@ -1,6 +1,5 @@
 #include "simulator/tty_reader.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
@@ -11,64 +10,18 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <deque>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 #include "simulator/line_speed.h"
+#include "simulator/pseudo_terminal.h"
 
 namespace simulator {
 namespace {
 
 constexpr int kHostPasses = 200;     // that the host gets to read the last bytes before a hang-up,
 constexpr int kHostPassLength = 10;  // ms each
-
-class Descriptor {
- public:
-  Descriptor(int value, const char* what) : value_(value) {
-    if (value_ < 0) throw std::system_error(errno, std::generic_category(), what);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() { Close(); }
-
-  int get() const { return value_; }
-  void Close() {
-    if (value_ >= 0) close(value_);
-    value_ = -1;
-  }
-
- private:
-  int value_;
-};
-
-int OpenMaster() {
-  const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
-  if (master < 0) return -1;
-  if (grantpt(master) == 0 && unlockpt(master) == 0) return master;
-  const int error = errno;
-  close(master);
-  errno = error;
-  return -1;
-}
-
-std::string SlavePath(int master) {
-  std::array<char, 128> name{};
-  const int error = ptsname_r(master, name.data(), name.size());
-  if (error != 0) throw std::system_error(error, std::generic_category(), "ptsname_r");
-  return name.data();
-}
-
-void MakeRaw(int tty) {
-  termios settings = {};
-  if (tcgetattr(tty, &settings) != 0) return;
-  cfmakeraw(&settings);
-  cfsetispeed(&settings, B9600);
-  cfsetospeed(&settings, B9600);
-  tcsetattr(tty, TCSANOW, &settings);
-}
 
 void Nap(int milliseconds) { poll(nullptr, 0, milliseconds); }
 
@@ -78,19 +31,15 @@ class TtyReader::Line {
  public:
   explicit Line(Answerer answerer)
       : answerer_(std::move(answerer)),
-        master_(OpenMaster(), "pseudo-terminal"),
-        path_(SlavePath(master_.get())),
-        keeper_(open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), path_.c_str()),
         wake_(eventfd(0, EFD_CLOEXEC), "eventfd"),
         timer_(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK), "timerfd") {
-    MakeRaw(keeper_.get());
     thread_ = std::thread([this] { Run(); });
   }
   Line(const Line&) = delete;
   Line& operator=(const Line&) = delete;
   ~Line() { Stop(); }
 
-  const std::string& path() const { return path_; }
+  const std::string& path() const { return terminal_.path(); }
 
   void Stop() {
     const std::lock_guard guard(stop_lock_);
@@ -116,7 +65,7 @@ class TtyReader::Line {
   int Speed() const {
     const std::lock_guard guard(master_lock_);
     termios settings = {};
-    if (master_.get() < 0 || tcgetattr(master_.get(), &settings) != 0) return 0;
+    if (terminal_.master() < 0 || tcgetattr(terminal_.master(), &settings) != 0) return 0;
     return BitsPerSecond(settings);
   }
 
@@ -137,7 +86,7 @@ class TtyReader::Line {
           {
            {wake_.get(), POLLIN, 0},
            {timer_.get(), POLLIN, 0},
-           {master_.get(), static_cast<short>(blocked_ ? POLLIN | POLLOUT : POLLIN), 0},
+           {terminal_.master(), static_cast<short>(blocked_ ? POLLIN | POLLOUT : POLLIN), 0},
            }
       };
       if (poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) break;
@@ -149,14 +98,13 @@ class TtyReader::Line {
     }
     if (hang_up) LetHostRead();
     const std::lock_guard guard(master_lock_);
-    master_.Close();
-    keeper_.Close();
+    terminal_.HangUp();
     dead_ = true;
   }
 
   void TakeFromHost() {
     std::array<std::uint8_t, 4096> bytes;
-    const ssize_t got = read(master_.get(), bytes.data(), bytes.size());
+    const ssize_t got = read(terminal_.master(), bytes.data(), bytes.size());
     if (got <= 0) return;
     const std::span<const std::uint8_t> received(bytes.data(), static_cast<std::size_t>(got));
     std::vector<Exchange> exchanges = answerer_(received, Speed());
@@ -187,7 +135,7 @@ class TtyReader::Line {
         return false;
       }
       // The host's side of the line is stopped, as by a reader that holds it off.
-      if (step.block) tcflow(keeper_.get(), TCOOFF);
+      if (step.block) tcflow(terminal_.host_side(), TCOOFF);
       if (!Write(step.bytes, &reply)) return false;
       const bool hang_up = step.hang_up;
       reply.written = 0;
@@ -204,7 +152,7 @@ class TtyReader::Line {
   bool Write(const Bytes& bytes, Reply* reply) {
     while (reply->written < bytes.size()) {
       const ssize_t put =
-          write(master_.get(), bytes.data() + reply->written, bytes.size() - reply->written);
+          write(terminal_.master(), bytes.data() + reply->written, bytes.size() - reply->written);
       if (put < 0 && errno == EINTR) continue;
       blocked_ = put < 0 && errno == EAGAIN;
       if (blocked_) return false;
@@ -234,7 +182,7 @@ class TtyReader::Line {
     for (int pass = 0; pass < kHostPasses; ++pass) {
       Nap(kHostPassLength);
       int unread = 0;
-      if (ioctl(keeper_.get(), FIONREAD, &unread) != 0 || unread == 0) return;
+      if (ioctl(terminal_.host_side(), FIONREAD, &unread) != 0 || unread == 0) return;
     }
   }
 
@@ -246,10 +194,7 @@ class TtyReader::Line {
   const Answerer answerer_;
 
   mutable std::mutex master_lock_;  // guards the closing of the descriptors against Speed()
-  Descriptor master_;
-  std::string path_;
-  Descriptor
-      keeper_;        // holds the host's side open, or the master would see a hang-up at each close
+  PseudoTerminal terminal_;
   Descriptor wake_;   // written to: the thread ends
   Descriptor timer_;  // delay of the first reply's next step
 

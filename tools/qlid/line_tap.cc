@@ -8,36 +8,26 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
+#include <system_error>
 #include <thread>
 
 #include "simulator/line_speed.h"
-#include "support/handles.h"
+#include "simulator/pseudo_terminal.h"
 
 namespace qlid {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-int OpenMaster(std::string* path) {
-  const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
-  std::array<char, 128> name{};
-  if (master >= 0 && grantpt(master) == 0 && unlockpt(master) == 0 &&
-      ptsname_r(master, name.data(), name.size()) == 0) {
-    *path = name.data();
-    return master;
-  }
-  if (master >= 0) close(master);
-  return -1;
-}
-
-// Bytes as they are, no echo, no modem lines.
-bool MakeRaw(int tty) {
+// Bytes as they are, no echo, no modem lines. Throws std::system_error.
+void MakeRaw(int port, const std::string& name) {
   termios settings = {};
-  if (tcgetattr(tty, &settings) != 0) return false;
-  cfmakeraw(&settings);
-  settings.c_cflag |= CLOCAL | CREAD;
-  return tcsetattr(tty, TCSANOW, &settings) == 0;
+  if (tcgetattr(port, &settings) == 0) {
+    cfmakeraw(&settings);
+    settings.c_cflag |= CLOCAL | CREAD;
+    if (tcsetattr(port, TCSANOW, &settings) == 0) return;
+  }
+  throw std::system_error(errno, std::generic_category(), name);
 }
 
 }  // namespace
@@ -47,37 +37,31 @@ class LineTap::Line {
   Line(const std::string& port, Listener listener)
       : listener_(std::move(listener)),
         start_(Clock::now()),
-        port_(open(port.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)),
-        master_(OpenMaster(&path_)),
-        keeper_(master_.get() < 0 ? -1 : open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)),
-        wake_(eventfd(0, EFD_CLOEXEC)) {
-    sound_ = port_.get() >= 0 && keeper_.get() >= 0 && wake_.get() >= 0 && MakeRaw(port_.get()) &&
-             MakeRaw(keeper_.get());
-    if (sound_) thread_ = std::thread([this] { Run(); });
+        port_(open(port.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC), port.c_str()),
+        wake_(eventfd(0, EFD_CLOEXEC), "eventfd") {
+    MakeRaw(port_.get(), port);
+    thread_ = std::thread([this] { Run(); });
   }
   Line(const Line&) = delete;
   Line& operator=(const Line&) = delete;
   ~Line() {
-    if (!thread_.joinable()) return;
     eventfd_write(wake_.get(), 1);
     thread_.join();
   }
-  bool sound() const { return sound_; }
-  const std::string& path() const { return path_; }
+  const std::string& path() const { return terminal_.path(); }
 
  private:
   void Run() {
     while (true) {
       std::array<pollfd, 3> waits = {
-          {{wake_.get(), POLLIN, 0}, {master_.get(), POLLIN, 0}, {port_.get(), POLLIN, 0}}
+          {{wake_.get(), POLLIN, 0}, {terminal_.master(), POLLIN, 0}, {port_.get(), POLLIN, 0}}
       };
       if (poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) break;
       if (waits[0].revents != 0) break;
-      if (waits[1].revents != 0 && !Forward(master_.get(), port_.get(), true)) break;
-      if (waits[2].revents != 0 && !Forward(port_.get(), master_.get(), false)) break;
+      if (waits[1].revents != 0 && !Forward(terminal_.master(), port_.get(), true)) break;
+      if (waits[2].revents != 0 && !Forward(port_.get(), terminal_.master(), false)) break;
     }
-    keeper_.Close();
-    master_.Close();
+    terminal_.HangUp();
   }
 
   // Takes what has come on one side to the other. False when a side is gone.
@@ -99,7 +83,7 @@ class LineTap::Line {
   void FollowSpeed() {
     termios host = {};
     termios port = {};
-    if (tcgetattr(master_.get(), &host) != 0 || tcgetattr(port_.get(), &port) != 0) return;
+    if (tcgetattr(terminal_.master(), &host) != 0 || tcgetattr(port_.get(), &port) != 0) return;
     const bool followed = cfgetospeed(&host) == cfgetospeed(&port);
     if (told_speed_ && followed) return;
     told_speed_ = true;
@@ -139,20 +123,20 @@ class LineTap::Line {
 
   const Listener listener_;
   const Clock::time_point start_;
-  std::string path_;
-  Descriptor port_;
-  Descriptor master_;
-  Descriptor keeper_;  // holds the library's side open, or each close would look like a hang-up
-  Descriptor wake_;    // written to: the thread ends
-  bool sound_ = false;
+  simulator::Descriptor port_;
+  simulator::PseudoTerminal terminal_;  // what the library opens instead of the port
+  simulator::Descriptor wake_;          // written to: the thread ends
   bool told_speed_ = false;
   std::thread thread_;  // last: it uses the rest
 };
 
 std::unique_ptr<LineTap> LineTap::Open(const std::string& port, Listener listener) {
-  auto line = std::make_unique<Line>(port, std::move(listener));
-  if (!line->sound()) return nullptr;
-  return std::unique_ptr<LineTap>(new LineTap(std::move(line)));
+  try {
+    auto line = std::make_unique<Line>(port, std::move(listener));
+    return std::unique_ptr<LineTap>(new LineTap(std::move(line)));
+  } catch (const std::system_error&) {
+    return nullptr;
+  }
 }
 
 LineTap::LineTap(std::unique_ptr<Line> line) : line_(std::move(line)) {}
