@@ -22,6 +22,7 @@ class ScriptedCard {
 
   // The failure of the next read, once: an errno, or 0.
   int TakeFault();
+  bool HasFault() const { return fault_ != 0; }
   bool HungUp() const { return hung_up_; }
   // Nothing but right answers so far, at once and whole.
   bool Flawless() const { return flawless_; }

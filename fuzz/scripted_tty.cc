@@ -178,6 +178,11 @@ int __wrap_poll(pollfd* fds, nfds_t count, int milliseconds) {
     fds[0].revents = POLLOUT;
     return 1;
   }
+  // A read tells of these at once.
+  if (s_card->HungUp() || s_card->HasFault()) {
+    fds[0].revents = POLLIN | POLLHUP;
+    return 1;
+  }
   const std::int64_t wait = s_card->UntilNext(limit);
   virtual_clock::Wait(wait);
   if (wait == limit) return 0;

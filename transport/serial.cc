@@ -33,8 +33,8 @@ std::atomic<int> s_bCancelLinuxComRead;
 std::atomic<int> s_bLinuxComIsReading;  // 1 during a read
 std::atomic<int> s_bLinuxComIsWriting;  // 1 during a write
 
-constexpr int kSlice = 100;     // milliseconds: longest time between two looks at the cancel flag
-constexpr int kTooFast = 50;    // milliseconds: an empty pass on a live line takes a whole slice
+constexpr int kSlice = 50;      // milliseconds: longest time between two looks at the cancel flag
+constexpr int kTooFast = 25;    // milliseconds: an empty pass on a live line takes a whole slice
 constexpr int kRetry = 10;      // milliseconds: shortest wait of a write that found no room
 constexpr int kWriteLimit = 5;  // seconds that a line may take no byte before a write gives up
 constexpr int kUnblockWait = 1000;  // milliseconds
@@ -170,6 +170,12 @@ int WriteAll(int fd, const unsigned char* data, int len) {
   return sent;
 }
 
+// One pass of a read: what the line has, or what comes within a slice. Returns read's result. VTIME
+// alone would hold a cancel up for the tenth of a second and the tick of the kernel above it.
+ssize_t ReadPass(int fd, unsigned char* dest, std::size_t room) {
+  return WaitFor(fd, POLLIN, kSlice) == 0 ? 0 : read(fd, dest, room);
+}
+
 // The passes of COMM_Com_ReadLinux, up to its result.
 int ReadMessage(int fd, unsigned char* buffer, std::int64_t wanted, int timeout_s,
                 QL_END_CONDITION end_condition) {
@@ -178,7 +184,7 @@ int ReadMessage(int fd, unsigned char* buffer, std::int64_t wanted, int timeout_
   std::int64_t count = 0;
   for (;;) {
     const std::int64_t pass_start = MonotonicMilliseconds();
-    const ssize_t got = read(fd, buffer + count, static_cast<std::size_t>(wanted - count));
+    const ssize_t got = ReadPass(fd, buffer + count, static_cast<std::size_t>(wanted - count));
     if (got < 0 && errno != EINTR) return RET_PUB_READ_ERROR;
     if (got > 0) count += got;
     if (count >= wanted) return static_cast<int>(wanted);

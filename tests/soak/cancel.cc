@@ -31,7 +31,7 @@ using std::chrono::milliseconds;
 constexpr int kCancelled = -9;
 constexpr long kTimeLimit = 120;  // seconds: no read here ends by it
 constexpr int kAgain = 20;        // ms from one cancel to the next: one may be missed
-// A pause takes 1 s, a pass of the serial read 0.1 s, a busy machine its time.
+// A pause takes 1 s, a pass of the serial read 0.05 s, a busy machine its time.
 constexpr int kLongestReaction = 6000;  // ms
 constexpr int kLogRemovedEvery = 50;    // reads
 
