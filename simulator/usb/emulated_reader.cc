@@ -17,6 +17,8 @@ namespace simulator {
 namespace {
 
 constexpr std::size_t kPage = 4096;
+constexpr int kNumber = 2;  // in kNode
+constexpr char kSysfsFolder[] = "/sys/devices/pci0000:00/usb1/1-1";
 
 std::string Hex(const Bytes& bytes) {
   std::string text;
@@ -39,17 +41,17 @@ constexpr char kRootHub[] =
     "H: descriptors=12010002090000406B1D0200000100000001"
     "0902190001010040000904000001090000000705810304000C\n\n";
 
-std::string ReaderDescription(const UsbTraits& traits) {
-  char ids[64];
-  std::snprintf(ids, sizeof ids, "A: idVendor=%04x\\n\nA: idProduct=%04x\\n\n", traits.vendor,
-                traits.product);
-  return "P: /devices/pci0000:00/usb1/1-1\n"
-         "N: bus/usb/001/002\n"
-         "E: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\nE: DRIVER=usb\n"
-         "E: BUSNUM=001\nE: DEVNUM=002\nE: DEVNAME=/dev/bus/usb/001/002\n"
-         "A: busnum=1\\n\nA: devnum=2\\n\nA: speed=12\\n\nA: bConfigurationValue=1\\n\n" +
-         std::string(ids) + "H: descriptors=" + Hex(DeviceDescriptor(traits)) +
-         Hex(ConfigurationDescriptor(traits)) + "\n";
+std::string ReaderDescription(const UsbTraits& traits, int number) {
+  char text[512];
+  std::snprintf(text, sizeof text,
+                "P: /devices/pci0000:00/usb1/1-1\n"
+                "N: bus/usb/001/%03d\n"
+                "E: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\nE: DRIVER=usb\n"
+                "E: BUSNUM=001\nE: DEVNUM=%03d\nE: DEVNAME=/dev/bus/usb/001/%03d\n"
+                "A: busnum=1\\n\nA: devnum=%d\\n\nA: speed=12\\n\nA: bConfigurationValue=1\\n\n"
+                "A: idVendor=%04x\\n\nA: idProduct=%04x\\n\nH: descriptors=",
+                number, number, number, number, traits.vendor, traits.product);
+  return text + Hex(DeviceDescriptor(traits)) + Hex(ConfigurationDescriptor(traits)) + "\n";
 }
 
 // Interface 0 with the driver that holds it, as sysfs shows it; nothing without a driver.
@@ -99,14 +101,7 @@ EmulatedUsbReader::EmulatedUsbReader(UsbTraits traits)
       handler_(umockdev_ioctl_base_new()) {
   g_signal_connect(handler_, "handle-ioctl", G_CALLBACK(OnIoctl), this);
   g_signal_connect(handler_, "client-connected", G_CALLBACK(OnConnected), this);
-  const std::string description =
-      kRootHub + ReaderDescription(traits_) + DriverDescription(traits_);
-  GError* error = nullptr;
-  if (!umockdev_testbed_attach_ioctl(bed_, kNode, handler_, &error) ||
-      !umockdev_testbed_add_from_string(bed_, description.c_str(), &error)) {
-    g_error("testbed: %s", error->message);
-  }
-  MakeNodePollable();
+  AddToBus(kRootHub + ReaderDescription(traits_, kNumber) + DriverDescription(traits_));
 }
 
 EmulatedUsbReader::~EmulatedUsbReader() {
@@ -127,12 +122,21 @@ EmulatedUsbReader::~EmulatedUsbReader() {
   close(gate_);
 }
 
+void EmulatedUsbReader::AddToBus(const std::string& description) {
+  GError* error = nullptr;
+  if (!umockdev_testbed_attach_ioctl(bed_, bus_node_.c_str(), handler_, &error) ||
+      !umockdev_testbed_add_from_string(bed_, description.c_str(), &error)) {
+    g_error("testbed: %s", error->message);
+  }
+  MakeNodePollable();
+}
+
 // umockdev makes the node a plain file, which is always ready, so that libusb would reap without
 // pause. A pipe that is full while nothing can be reaped, and empty when something can, gives
 // poll() the POLLOUT of usbfs.
 void EmulatedUsbReader::MakeNodePollable() {
   gchar* root = umockdev_testbed_get_root_dir(bed_);
-  node_ = std::string(root) + kNode;
+  node_ = std::string(root) + bus_node_;
   g_free(root);
   if (unlink(node_.c_str()) != 0 || mkfifo(node_.c_str(), 0600) != 0) Die(node_.c_str());
   gate_ = open(node_.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
@@ -151,6 +155,31 @@ void EmulatedUsbReader::SetReady(bool ready) {
     }
   }
   ready_ = ready;
+}
+
+void EmulatedUsbReader::Pull() {
+  Unplug();
+  umockdev_testbed_uevent(bed_, kSysfsFolder, "remove");
+  umockdev_testbed_remove_device(bed_, kSysfsFolder);
+  unlink(node_.c_str());
+}
+
+bool EmulatedUsbReader::PlugIn(int number) {
+  if (!WaitClosed()) return false;
+  umockdev_testbed_detach_ioctl(bed_, bus_node_.c_str(), nullptr);
+  {
+    const std::lock_guard hold(lock_);
+    gone_ = false;
+    done_.clear();
+    close(gate_);
+    ready_ = true;  // as a fresh pipe is
+  }
+  char node[64];
+  std::snprintf(node, sizeof node, "/dev/bus/usb/001/%03d", number);
+  bus_node_ = node;
+  AddToBus(ReaderDescription(traits_, number));
+  umockdev_testbed_uevent(bed_, kSysfsFolder, "add");
+  return true;
 }
 
 void EmulatedUsbReader::RemoveNode() {

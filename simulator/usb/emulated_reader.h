@@ -24,6 +24,12 @@ class EmulatedUsbReader : public UsbDevice {
   explicit EmulatedUsbReader(UsbTraits traits = {});
   ~EmulatedUsbReader();
 
+  // The plug is pulled: what waits ends, and the bus lists the reader no more.
+  void Pull();
+  // Plugged in again after a Pull(), under this number on its bus, once the host has closed it.
+  // False when the host keeps it open.
+  bool PlugIn(int number);
+
   // Opening the device fails from here on. Each such open takes umockdev 0.17 two of its 50 file
   // slots for good, so a process can afford only a few.
   void RemoveNode();
@@ -47,6 +53,7 @@ class EmulatedUsbReader : public UsbDevice {
   static void OnConnected(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer self);
   static void OnClosed(gpointer self, GObject* client);
 
+  void AddToBus(const std::string& description);
   void MakeNodePollable();
   void SetReady(bool ready);  // lock held: whether poll() sees something to reap
 
@@ -64,6 +71,7 @@ class EmulatedUsbReader : public UsbDevice {
 
   UMockdevTestbed* bed_ = nullptr;
   UMockdevIoctlBase* handler_ = nullptr;
+  std::string bus_node_ = kNode;
   std::string node_;  // the node's path inside the testbed
   int gate_ = -1;     // the pipe that stands for the node
   bool ready_ = true;

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <thread>
 
 #include "tools/qlid/terminal.h"
 
@@ -10,6 +11,8 @@ namespace qlid {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenLooks(250);
+constexpr std::chrono::milliseconds kMoment(50);
+constexpr int kLooksInAMoment = 10;
 
 std::vector<UsbIdText> IdsOf(const ReadRequest& request) {
   std::vector<UsbIdText> ids = KnownIds();
@@ -55,8 +58,19 @@ bool NodeWatch::IsGone() {
   const auto now = std::chrono::steady_clock::now();
   if (node_.empty() || !since_.empty() || now < next_look_) return !since_.empty();
   next_look_ = now + kBetweenLooks;
+  return Look();
+}
+
+bool NodeWatch::IsGoneAfterAll(bool moment) {
+  if (node_.empty() || !since_.empty()) return !since_.empty();
+  for (int looks = moment ? kLooksInAMoment : 1; looks > 1 && !Look(); --looks)
+    std::this_thread::sleep_for(kMoment);
+  return Look();
+}
+
+bool NodeWatch::Look() {
   // A USB reader that was reset may come back under another number.
-  if (!Exists(node_) && NodeOf(request_).empty()) since_ = ClockTime();
+  if (since_.empty() && !Exists(node_) && NodeOf(request_).empty()) since_ = ClockTime();
   return !since_.empty();
 }
 

@@ -27,11 +27,17 @@ class NodeWatch {
   // True from the moment on at which the node is seen to be gone; a node that never was is not.
   bool IsGone();
 
+  // The same once the read has failed, without the rests between two looks. Sending fails a moment
+  // before the node disappears: `moment` waits for that.
+  bool IsGoneAfterAll(bool moment);
+
   // Clock time of that moment, "14:02:11"; empty while the node is there.
   const std::string& since() const { return since_; }
   const std::string& node() const { return node_; }
 
  private:
+  bool Look();
+
   const ReadRequest& request_;
   std::string node_;
   std::string since_;

@@ -26,7 +26,7 @@ void AddNext(const std::vector<std::string>& steps, Report* report) {
 Report UnpluggedReport(const ReadRequest& request, const Reading& reading) {
   const std::string& device = IsSerial(request.device) ? request.device : reading.gone_node;
   return {
-      QL_TIMEOUT,
+      reading.result,
       kExitNoReader,
       Tr("the reader was unplugged while it was being read", "读卡过程中读卡器被拔出"),
       {{Tr("Reader", "读卡器"), Format(Tr("%s is gone since %s", "%s 于 %s 消失"), device.c_str(),
@@ -74,8 +74,7 @@ Report SilentReport(const ReadRequest& request) {
   return report;
 }
 
-Report TimeoutReport(const ReadRequest& request, const Reading& reading) {
-  if (!reading.gone_since.empty()) return UnpluggedReport(request, reading);
+Report TimeoutReport(const ReadRequest& request) {
   return AskReader(request) == ReaderState::kReady ? NoCardReport(request) : SilentReport(request);
 }
 
@@ -145,7 +144,8 @@ OpenProblem ExplainOpening(const ReadRequest& request) {
 }
 
 Report ReadReport(const ReadRequest& request, const Reading& reading) {
-  if (reading.result == QL_TIMEOUT) return TimeoutReport(request, reading);
+  if (!reading.gone_since.empty()) return UnpluggedReport(request, reading);
+  if (reading.result == QL_TIMEOUT) return TimeoutReport(request);
   if (reading.result == QL_DEVICE_ERROR) return OpenReport(request);
   const ResultText& text = ResultOf(reading.result);
   Report report = {reading.result, text.exit, Tr(text.english, text.chinese), {}};

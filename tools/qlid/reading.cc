@@ -126,7 +126,8 @@ Reading ReadCard(const ReadRequest& request) {
   }
   library.join();
   close(ended);
-  if (!cancelling && node.IsGone()) {
+  const bool failed = reading.result != QL_SUCCESS;
+  if (!cancelling && failed && node.IsGoneAfterAll(reading.result == QL_SEND_ERROR)) {
     reading.gone_node = node.node();
     reading.gone_since = node.since();
     if (reading.result == QL_CANCELLED) reading.result = QL_TIMEOUT;
