@@ -69,6 +69,7 @@ std::size_t LastCharacterAt(std::string_view text) {
 }  // namespace
 
 void SetLanguage(Language language) { s_language = language; }
+Language ChosenLanguage() { return s_language; }
 void SetColorMode(ColorMode mode) { s_color_mode = mode; }
 
 Language LanguageOfEnvironment() {

@@ -11,6 +11,7 @@ enum class Language { kEnglish, kChinese };
 enum class ColorMode { kAuto, kAlways, kNever };
 
 void SetLanguage(Language language);
+Language ChosenLanguage();
 void SetColorMode(ColorMode mode);
 
 // LC_ALL, LC_MESSAGES, LANG: a value that begins with "zh" means Chinese.
