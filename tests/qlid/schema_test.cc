@@ -1,4 +1,4 @@
-// The JSON of read and decode against its schema, docs/qlid.read-1.schema.json.
+// The JSON of qlid against its schemas, docs/qlid.*.schema.json.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -14,8 +14,8 @@ namespace {
 constexpr int kNoValidator = 77;
 
 // Exit status of the check of these documents; what is wrong goes to the test's output.
-int Check(const std::vector<std::string>& documents) {
-  std::string command = "python3 " CHECK_SCHEMA " " SCHEMA;
+int Check(const std::vector<std::string>& documents, const std::string& schema = "read") {
+  std::string command = "python3 " CHECK_SCHEMA " " SCHEMAS "/qlid." + schema + "-1.schema.json";
   const std::string folder = TemporaryFolder();
   for (std::size_t i = 0; i < documents.size(); ++i) {
     const std::string file = folder + "/" + std::to_string(i) + ".json";
@@ -124,4 +124,74 @@ TEST(QlidSchema, RefusesWhatQlidNeverPrints) {
       R"({"schema":"qlid.read/1","ok":true,"kind":"resident","card":{},"remarks":[]})",
   };
   for (const char* wrong : kWrong) EXPECT_EQ(1, Check({wrong})) << wrong;
+}
+
+TEST(QlidSchema, HoldsForASoundAndABrokenChainOfTheDoctor) {
+  NEEDS_PRIVATE_ROOT();
+  NEEDS_VALIDATOR();
+  const Bench bench;
+  simulator::TtyReader silent;
+  silent.SetFault({simulator::FaultId::kSilent, 0});
+  std::vector<std::string> documents;
+
+  documents.push_back(RunQlid({"doctor", "--json", "--device", "/dev/quillonid-none"}).out);
+  SwitchLogging(true);
+  documents.push_back(RunQlid({"doctor", "--json", "--device", silent.path()}).out);
+  SwitchLogging(false);
+  WriteWholeFile(kDecoderFile, "not a program");
+  documents.push_back(RunQlid({"--lang", "zh", "doctor", "--json"}).out);
+  for (const std::string& document : documents) {
+    ASSERT_TRUE(Contains(document, "\"fail\"")) << document;
+  }
+  WriteWholeFile(kDecoderFile, ReadWholeFile(SPECIMEN_DECODER));
+  documents.push_back(RunQlid({"doctor", "--json", "--device", bench.reader.path()}).out);
+  ASSERT_TRUE(Contains(documents.back(), "a card was found and selected")) << documents.back();
+
+  EXPECT_EQ(0, Check(documents, "doctor"));
+}
+
+TEST(QlidSchema, HoldsForTheDevices) {
+  NEEDS_VALIDATOR();
+
+  EXPECT_EQ(0, Check({RunQlid({"devices", "--json"}).out}, "devices"));
+}
+
+TEST(QlidSchema, HoldsForExplainedBytes) {
+  NEEDS_VALIDATOR();
+  std::vector<std::string> documents;
+  const std::string file = TemporaryFolder() + "/card.bin";
+  for (const char* id : {"resident", "foreigner", "permit"}) {
+    for (const bool fingerprints : {false, true}) {
+      std::string bytes =
+          Text(simulator::NativeData(simulator::MakeCard(id, fingerprints), fingerprints));
+      WriteWholeFile(file, bytes);
+      documents.push_back(RunQlid({"decode", "--explain", "--json", file}).out);
+      documents.push_back(RunQlid({"decode", "--explain", "--json", "--redact", file}).out);
+      bytes.back() = static_cast<char>(bytes.back() ^ 1);
+      WriteWholeFile(file, bytes);
+      documents.push_back(RunQlid({"decode", "--explain", "--json", file}).out);
+      ASSERT_TRUE(Contains(documents.back(), "false")) << documents.back();
+    }
+  }
+
+  EXPECT_EQ(0, Check(documents, "explain"));
+}
+
+TEST(QlidSchema, RefusesOtherVerdicts) {
+  NEEDS_PRIVATE_ROOT();
+  NEEDS_VALIDATOR();
+  WriteWholeFile(kDecoderFile, "not a program");
+  const std::string document = RunQlid({"doctor", "--json", "--device", "/dev/quillonid-none"}).out;
+  const auto changed = [&](const std::string& from, const std::string& to) {
+    std::string text = document;
+    const std::size_t at = text.find(from);
+    EXPECT_NE(std::string::npos, at) << from;
+    return at == std::string::npos ? text : text.replace(at, from.size(), to);
+  };
+  ASSERT_EQ(0, Check({document}, "doctor"));
+
+  EXPECT_EQ(1, Check({changed("\"fail\"", "\"bad\"")}, "doctor"));
+  EXPECT_EQ(1, Check({changed("\"ok\":\tfalse", "\"ok\":\ttrue")}, "doctor"));
+  EXPECT_EQ(1, Check({changed("\"decoder\"", "\"usb\"")}, "doctor"));
+  EXPECT_EQ(1, Check({changed("\"remedy\"", "\"remedies\"")}, "doctor"));
 }
