@@ -126,9 +126,20 @@ std::uint64_t SeedOfTest();
 // Prints how many inputs were equal, for tests/models/run.
 void ReportInputs(std::uint64_t inputs);
 
+// While it lives, the library learns at once that there is no configuration file, if there was none
+// at the start: every log call asks, and the answer takes longer than most functions.
+class KnownConfiguration {
+ public:
+  KnownConfiguration();
+  KnownConfiguration(const KnownConfiguration&) = delete;
+  KnownConfiguration& operator=(const KnownConfiguration&) = delete;
+  ~KnownConfiguration();
+};
+
 // Calls `is_equal` with random numbers to make an input from, until one differs.
 template <typename IsEqual>
 void ForEachInput(IsEqual is_equal, std::uint64_t usual = 100000) {
+  const KnownConfiguration configuration;
   Random random(SeedOfTest());
   const std::uint64_t inputs = InputsToTry(usual);
   for (std::uint64_t i = 0; i < inputs; ++i) {
