@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "tests/qlid/bench.h"
+#include "tests/qlid/usb_machine.h"
 #include "tests/testing/private_root.h"
 
 namespace {
@@ -153,7 +154,15 @@ TEST(QlidSchema, HoldsForASoundAndABrokenChainOfTheDoctor) {
 TEST(QlidSchema, HoldsForTheDevices) {
   NEEDS_VALIDATOR();
 
-  EXPECT_EQ(0, Check({RunQlid({"devices", "--json"}).out}, "devices"));
+  std::vector<std::string> documents = {RunQlid({"devices", "--json"}).out};
+  if (HavePrivateRoot()) {
+    const UsbMachine machine("usbhid");
+    documents.push_back(RunQlid({"devices", "--json"}).out);
+    EXPECT_TRUE(Contains(documents.back(), "0403:bcd5")) << documents.back();
+    documents.push_back(RunQlid({"devices", "--json", "--usb-id", "1234:5678"}).out);
+  }
+
+  EXPECT_EQ(0, Check(documents, "devices"));
 }
 
 TEST(QlidSchema, HoldsForExplainedBytes) {
