@@ -125,6 +125,30 @@ TEST(OpenLinux, FlushesThenDrainsAndDiscardsWithTheSettings) {
   EXPECT_NEAR(0.001, stand_in_clock::SecondsSlept(), 1e-9);
 }
 
+TEST(OpenLinux, SetsThemAgainAfterASignal) {
+  const Pty pty;
+  system_calls::Watch(system_calls::kAny);
+  system_calls::InterruptSettings(100);
+
+  ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 115200));
+
+  EXPECT_EQ(tcflag_t{B115200 | CS8 | CREAD | CLOCAL}, pty.Settings().c_cflag & kLowHalf);
+}
+
+// A line that does not drain, in a process with a timer.
+TEST(OpenLinux, FailsWhenSignalsNeverEnd) {
+  const Pty pty;
+  const termios before = pty.Settings();
+  system_calls::Watch(system_calls::kAny);
+  system_calls::InterruptSettings(1000000);
+
+  EXPECT_EQ(-1, COMM_Com_OpenLinux(pty.path().c_str(), 115200));
+
+  EXPECT_EQ("close", system_calls::Noted().back());
+  EXPECT_FALSE(PortIsOpen());
+  EXPECT_EQ(Text(before), Text(pty.Settings()));
+}
+
 TEST(OpenLinux, DiscardsWhatArrivedBefore) {
   const Pty pty;
   termios raw = pty.Settings();

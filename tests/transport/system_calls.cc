@@ -14,6 +14,7 @@ int s_fd = -1;  // -1: nothing is watched
 std::vector<std::string> s_noted;
 std::deque<system_calls::Answer> s_reads;
 std::deque<system_calls::Answer> s_writes;
+int s_interrupted_settings;
 
 bool Watched(int fd) { return s_fd != -1 && (s_fd == system_calls::kAny || s_fd == fd); }
 
@@ -46,6 +47,7 @@ void Watch(int fd) {
 const std::vector<std::string>& Noted() { return s_noted; }
 void ScriptReads(std::deque<Answer> answers) { s_reads = std::move(answers); }
 void ScriptWrites(std::deque<Answer> answers) { s_writes = std::move(answers); }
+void InterruptSettings(int count) { s_interrupted_settings = count; }
 
 }  // namespace system_calls
 
@@ -79,6 +81,11 @@ int tcflush(int fd, int queue) noexcept {
 int tcsetattr(int fd, int action, const termios* settings) noexcept {
   static const auto real = Real<int(int, int, const termios*)>("tcsetattr");
   if (Watched(fd)) s_noted.push_back(action == TCSAFLUSH ? "tcsetattr flush" : "tcsetattr other");
+  if (Watched(fd) && s_interrupted_settings > 0) {
+    --s_interrupted_settings;
+    errno = EINTR;
+    return -1;
+  }
   return real(fd, action, settings);
 }
 

@@ -28,6 +28,9 @@ struct Answer {
 void ScriptReads(std::deque<Answer> answers);
 void ScriptWrites(std::deque<Answer> answers);
 
+// A signal interrupts the next `count` changes of the settings.
+void InterruptSettings(int count);
+
 }  // namespace system_calls
 
 #endif
