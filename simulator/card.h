@@ -38,6 +38,7 @@ std::span<const TextField> TextFields(Kind kind);
 struct Specimen {
   std::string id;     // "resident-rare": how people ask for it
   std::string about;  // one line for people
+  std::string about_chinese;
   Kind kind = Kind::kResident;
   std::map<std::string, std::string> text;  // field name, UTF-8 without padding; absent: blanks
   std::string sex;                          // the sex code in words

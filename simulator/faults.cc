@@ -1,35 +1,37 @@
 #include "simulator/faults.h"
 
 #include <charconv>
-#include <cstdio>
 
 namespace simulator {
 namespace {
 
+// A row to a line.
+// clang-format off
 constexpr FaultRow kFaults[] = {
-    {FaultId::kSilent,          -5,   "silent",           "",        0,    "nothing answers"                           },
-    {FaultId::kNoCard,          -5,   "no-card",          "",        0,    "search and select find no card"            },
-    {FaultId::kCardAfter,       0,    "card-after",       "SECONDS", 3,    "the card comes so long after the start"    },
-    {FaultId::kSelectNoCard,    -10,  "select-no-card",   "",        0,    "search finds a card, select does not"      },
-    {FaultId::kSelectUnknown,   -2,   "select-unknown",   "",        0,    "select answers with an unknown status"     },
-    {FaultId::kIcPowerOn,       -100, "ic-power-on",      "",        0,    "select answers with its IC power-on status"},
-    {FaultId::kUnsupported,     -5,   "unsupported",      "",        0,    "a read gets the unsupported status"        },
-    {FaultId::kUnsupportedCard, -12,  "unsupported-card", "",        0,    "that status as long as a card"             },
-    {FaultId::kReadFailed,      -5,   "read-failed",      "",        0,    "a read gets the failed status"             },
-    {FaultId::kBadCheck,        -5,   "bad-check",        "",        0,    "every read reply has a wrong check byte"   },
-    {FaultId::kBadCheckOnce,    0,    "bad-check-once",   "",        0,    "one wrong check byte, then right ones"     },
-    {FaultId::kLength,          -5,   "length",           "BYTES",   1296, "read replies of this length"               },
-    {FaultId::kCut,             -5,   "cut",              "BYTES",   700,  "read replies stop after so many bytes"     },
-    {FaultId::kGarbage,         -5,   "garbage",          "BYTES",   7,    "so many bytes FF before every reply"       },
-    {FaultId::kSlow,            0,    "slow",             "BYTES/S", 1000, "replies trickle; the host waits 5 s"       },
-    {FaultId::kLate,            0,    "late",             "SECONDS", 1,    "replies come late; the host waits 3 s"     },
-    {FaultId::kHangUp,          -5,   "hang-up",          "BYTES",   700,  "the line goes dead after so many bytes"    },
-    {FaultId::kBlocked,         -3,   "blocked",          "",        0,    "a tty that takes nothing behind the search"},
-    {FaultId::kOtherKind,       -11,  "other-kind",       "",        0,    "a card of another kind lies there"         },
-    {FaultId::kUnknownKind,     -11,  "unknown-kind",     "",        0,    "the card's kind mark is of no kind"        },
-    {FaultId::kPhotoLength,     -100, "photo-length",     "BYTES",   1023, "a photo length other than 1024"            },
-    {FaultId::kPhotoRefused,    -7,   "photo-refused",    "",        0,    "a photo that no decoder can decode"        },
+    {FaultId::kSilent,          -5,   "silent",           "",        0,    "nothing answers",                            "没有任何应答"},
+    {FaultId::kNoCard,          -5,   "no-card",          "",        0,    "search and select find no card",             "寻卡和选卡都找不到卡"},
+    {FaultId::kCardAfter,       0,    "card-after",       "SECONDS", 3,    "the card comes so long after the start",     "开始后过这么久才放上卡"},
+    {FaultId::kSelectNoCard,    -10,  "select-no-card",   "",        0,    "search finds a card, select does not",       "寻卡找到卡，选卡却没有"},
+    {FaultId::kSelectUnknown,   -2,   "select-unknown",   "",        0,    "select answers with an unknown status",      "选卡应答为未知状态"},
+    {FaultId::kIcPowerOn,       -100, "ic-power-on",      "",        0,    "select answers with its IC power-on status", "选卡应答为 IC 上电状态"},
+    {FaultId::kUnsupported,     -5,   "unsupported",      "",        0,    "a read gets the unsupported status",         "读卡得到不支持状态"},
+    {FaultId::kUnsupportedCard, -12,  "unsupported-card", "",        0,    "that status as long as a card",              "不支持状态，长度却与卡应答相同"},
+    {FaultId::kReadFailed,      -5,   "read-failed",      "",        0,    "a read gets the failed status",              "读卡得到读取失败状态"},
+    {FaultId::kBadCheck,        -5,   "bad-check",        "",        0,    "every read reply has a wrong check byte",    "每个读卡应答的校验字节都错误"},
+    {FaultId::kBadCheckOnce,    0,    "bad-check-once",   "",        0,    "one wrong check byte, then right ones",      "校验字节错一次，之后正确"},
+    {FaultId::kLength,          -5,   "length",           "BYTES",   1296, "read replies of this length",                "读卡应答为此长度"},
+    {FaultId::kCut,             -5,   "cut",              "BYTES",   700,  "read replies stop after so many bytes",      "读卡应答发出这么多字节后中断"},
+    {FaultId::kGarbage,         -5,   "garbage",          "BYTES",   7,    "so many bytes FF before every reply",        "每个应答之前有这么多个 FF 字节"},
+    {FaultId::kSlow,            0,    "slow",             "BYTES/S", 1000, "replies trickle; the host waits 5 s",        "应答缓慢到达；主机等待 5 秒"},
+    {FaultId::kLate,            0,    "late",             "SECONDS", 1,    "replies come late; the host waits 3 s",      "应答迟到；主机等待 3 秒"},
+    {FaultId::kHangUp,          -5,   "hang-up",          "BYTES",   700,  "the line goes dead after so many bytes",     "应答这么多字节后线路断开"},
+    {FaultId::kBlocked,         -3,   "blocked",          "",        0,    "a tty that takes nothing behind the search", "寻卡之后 tty 不再接收数据"},
+    {FaultId::kOtherKind,       -11,  "other-kind",       "",        0,    "a card of another kind lies there",          "放着的是另一种证件"},
+    {FaultId::kUnknownKind,     -11,  "unknown-kind",     "",        0,    "the card's kind mark is of no kind",         "卡的种类标记不属于任何种类"},
+    {FaultId::kPhotoLength,     -100, "photo-length",     "BYTES",   1023, "a photo length other than 1024",             "照片长度不是 1024"},
+    {FaultId::kPhotoRefused,    -7,   "photo-refused",    "",        0,    "a photo that no decoder can decode",         "任何解码器都无法解码的照片"},
 };
+// clang-format on
 
 bool HasUnit(const FaultRow& row) { return row.unit[0] != '\0'; }
 
@@ -67,18 +69,6 @@ std::string FaultText(const Fault& fault) {
     return HasUnit(row) ? std::string(row.name) + "=" + std::to_string(fault.value) : row.name;
   }
   return "";
-}
-
-std::string FaultHelp() {
-  std::string help;
-  for (const FaultRow& row : kFaults) {
-    std::string name = row.name;
-    if (HasUnit(row)) name += std::string("=") + row.unit;
-    char line[160];
-    std::snprintf(line, sizeof line, "%-20s  %-42s  -> %d\n", name.c_str(), row.about, row.result);
-    help += line;
-  }
-  return help;
 }
 
 }  // namespace simulator

@@ -42,6 +42,7 @@ struct FaultRow {
   const char* unit;  // of the value, "" for a fault without one
   long value;        // when none is given
   const char* about;
+  const char* about_chinese;
 };
 
 // Every fault, in the order of FaultId.
@@ -57,9 +58,6 @@ std::optional<Fault> ParseFault(std::string_view text, std::string* why = nullpt
 
 // "cut=700"
 std::string FaultText(const Fault& fault);
-
-// The table as text, a line for each fault.
-std::string FaultHelp();
 
 }  // namespace simulator
 

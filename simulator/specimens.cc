@@ -10,6 +10,7 @@ void AddResidents(std::vector<Specimen>* people) {
   people->push_back({
       .id = "resident",
       .about = "a resident identity card",
+      .about_chinese = "居民身份证",
       .kind = Kind::kResident,
       .text = {{"name", "样本甲"},
                {"sexCode", "2"},
@@ -29,6 +30,7 @@ void AddResidents(std::vector<Specimen>* people) {
   people->push_back({
       .id = "resident-full",
       .about = "every field filled to its last character",
+      .about_chinese = "每个字段都填满",
       .kind = Kind::kResident,
       .text = {{"name", "样本全长姓名一二三四五六七八九"},
                {"sexCode", "1"},
@@ -50,6 +52,7 @@ void AddResidents(std::vector<Specimen>* people) {
   people->push_back({
       .id = "resident-rare",
       .about = "characters outside code page 936, valid without end",
+      .about_chinese = "含代码页 936 以外的字符，长期有效",
       .kind = Kind::kResident,
       .text = {{"name", "样本㐂䶮龦𠮷"},
                {"sexCode", "1"},
@@ -71,6 +74,7 @@ void AddResidents(std::vector<Specimen>* people) {
   people->push_back({
       .id = "resident-long-name",
       .about = "a long name with a middle dot",
+      .about_chinese = "带间隔号的长姓名",
       .kind = Kind::kResident,
       .text = {{"name", "样本阿依古丽·样本吐尔逊"},
                {"sexCode", "2"},
@@ -92,6 +96,7 @@ void AddResidents(std::vector<Specimen>* people) {
   people->push_back({
       .id = "resident-no-nation",
       .about = "a nation code of no nation, sex not stated",
+      .about_chinese = "民族代码不属于任何民族，性别未说明",
       .kind = Kind::kResident,
       .text = {{"name", "样本丁"},
                {"sexCode", "9"},
@@ -114,6 +119,7 @@ void AddResidents(std::vector<Specimen>* people) {
   people->push_back({
       .id = "resident-other-nation",
       .about = "no recognised nation, sex unknown",
+      .about_chinese = "民族未识别，性别未知",
       .kind = Kind::kResident,
       .text = {{"name", "样本戊"},
                {"sexCode", "0"},
@@ -134,6 +140,7 @@ void AddResidents(std::vector<Specimen>* people) {
   people->push_back({
       .id = "resident-latin",
       .about = "Latin letters only",
+      .about_chinese = "仅含拉丁字母",
       .kind = Kind::kResident,
       .text = {{"name", "SPECIMEN PERSON"},
                {"sexCode", "1"},
@@ -151,6 +158,7 @@ void AddResidents(std::vector<Specimen>* people) {
   people->push_back({
       .id = "resident-wide",
       .about = "three bytes of UTF-8 in every cell",
+      .about_chinese = "每个字符都占三字节 UTF-8",
       .kind = Kind::kResident,
       .text = {{"name", "样本宽姓名一二三四五六七八九十"},
                {"sexCode", "１"},
@@ -175,6 +183,7 @@ void AddForeigners(std::vector<Specimen>* people) {
   people->push_back({
       .id = "foreigner",
       .about = "a foreigner's permanent residence card",
+      .about_chinese = "外国人永久居留身份证",
       .kind = Kind::kForeigner,
       .text = {{"EngName", "SPECIMEN, ANNA MARIA"},
                {"sexCode", "2"},
@@ -197,6 +206,7 @@ void AddForeigners(std::vector<Specimen>* people) {
   people->push_back({
       .id = "foreigner-full",
       .about = "every field filled to its last character",
+      .about_chinese = "每个字段都填满",
       .kind = Kind::kForeigner,
       .text = {{"EngName", "SPECIMEN OF THE FULL LENGTH, MAXIMILIAN ALEXANDER EMMANUEL X"},
                {"sexCode", "1"},
@@ -220,6 +230,7 @@ void AddForeigners(std::vector<Specimen>* people) {
   people->push_back({
       .id = "foreigner-no-name",
       .about = "no Chinese name",
+      .about_chinese = "没有中文姓名",
       .kind = Kind::kForeigner,
       .text = {{"EngName", "SPECIMEN, JOHN"},
                {"sexCode", "1"},
@@ -242,6 +253,7 @@ void AddForeigners(std::vector<Specimen>* people) {
   people->push_back({
       .id = "foreigner-rare",
       .about = "letters and characters outside code page 936, a country code of no country",
+      .about_chinese = "含代码页 936 以外的字母和字符，国家代码不存在",
       .kind = Kind::kForeigner,
       .text = {{"EngName", "SPÉCIMEN, ZOË ŁUCJA"},
                {"sexCode", "2"},
@@ -266,6 +278,7 @@ void AddForeigners(std::vector<Specimen>* people) {
   people->push_back({
       .id = "foreigner-wide",
       .about = "three bytes of UTF-8 in every cell",
+      .about_chinese = "每个字符都占三字节 UTF-8",
       .kind = Kind::kForeigner,
       .text = {{"EngName",
                 "样本外文姓名一二三四五六七八九样本外文姓名一二三四五六七八九"
@@ -295,6 +308,7 @@ void AddPermits(std::vector<Specimen>* people) {
   people->push_back({
       .id = "permit",
       .about = "a residence permit for Hong Kong, Macau and Taiwan residents (Hong Kong)",
+      .about_chinese = "港澳台居民居住证（香港）",
       .kind = Kind::kPermit,
       .text = {{"name", "样本乙"},
                {"sexCode", "1"},
@@ -317,6 +331,7 @@ void AddPermits(std::vector<Specimen>* people) {
   people->push_back({
       .id = "permit-macau",
       .about = "a residence permit (Macau)",
+      .about_chinese = "港澳台居民居住证（澳门）",
       .kind = Kind::kPermit,
       .text = {{"name", "样本·玛利亚"},
                {"sexCode", "2"},
@@ -339,6 +354,7 @@ void AddPermits(std::vector<Specimen>* people) {
   people->push_back({
       .id = "permit-full",
       .about = "every field filled to its last character (Taiwan)",
+      .about_chinese = "每个字段都填满（台湾）",
       .kind = Kind::kPermit,
       .text = {{"name", "样本全长姓名一二三四五六七八九"},
                {"sexCode", "2"},
@@ -365,6 +381,7 @@ void AddPermits(std::vector<Specimen>* people) {
   people->push_back({
       .id = "permit-rare",
       .about = "characters outside code page 936",
+      .about_chinese = "含代码页 936 以外的字符",
       .kind = Kind::kPermit,
       .text = {{"name", "样本㐂䶮龦𠮷"},
                {"sexCode", "2"},
@@ -388,6 +405,7 @@ void AddPermits(std::vector<Specimen>* people) {
   people->push_back({
       .id = "permit-wide",
       .about = "three bytes of UTF-8 in every cell",
+      .about_chinese = "每个字符都占三字节 UTF-8",
       .kind = Kind::kPermit,
       .text = {{"name", "样本宽姓名一二三四五六七八九十"},
                {"sexCode", "２"},

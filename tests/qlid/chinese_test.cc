@@ -1,11 +1,13 @@
 // Everything that qlid says is Chinese where Chinese is asked for: help, complaints, faults.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 #include <sstream>
 
 #include "simulator/faults.h"
 #include "tests/qlid/bench.h"
+#include "tests/testing/private_root.h"
 
 namespace {
 
@@ -46,10 +48,16 @@ std::string Described(const std::string& line) {
   return begins ? line.substr(at) : "";
 }
 
+std::vector<std::string> LinesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
 std::vector<Entry> Entries(const std::string& help) {
   std::vector<Entry> entries;
-  std::istringstream lines(help);
-  for (std::string line; std::getline(lines, line);) {
+  for (const std::string& line : LinesOf(help)) {
     if (line.rfind("  ", 0) != 0) continue;
     if (line[2] != ' ') entries.push_back({line.substr(2, line.find_first_of(" \xEF", 2) - 2), ""});
     if (!entries.empty() && entries.back().about.empty()) entries.back().about = Described(line);
@@ -176,4 +184,70 @@ TEST(ChineseComplaint, LeavesTheEnglishOneAsItIs) {
   EXPECT_EQ(0U, excluded.err.find("qlid: --record excludes --redact\n")) << excluded.err;
   EXPECT_EQ(0U, kind.err.find("qlid: --kind: x not in {any,resident,foreigner,permit,gat}\n"))
       << kind.err;
+}
+
+TEST(ChineseFaults, SayWhatEachDoes) {
+  const std::string english = RunQlid({"simulate", "--fault", "help"}, kEnglish).out;
+  const std::string chinese = RunQlid({"simulate", "--fault", "help"}, kChinese).out;
+
+  EXPECT_EQ(simulator::FaultTable().size(), LinesOf(chinese).size());
+  for (const std::string& line : LinesOf(chinese)) {
+    const std::size_t about = line.find("  ");
+    ASSERT_NE(std::string::npos, about) << line;
+    EXPECT_TRUE(HasHan(line.substr(about))) << line;
+  }
+  EXPECT_TRUE(Contains(chinese, "cut=字节              读卡应答发出这么多字节后中断")) << chinese;
+  EXPECT_TRUE(Contains(chinese, "  -> -100\n")) << chinese;
+  EXPECT_TRUE(Contains(english,
+                       "cut=BYTES             read replies stop after so many bytes"
+                       "       -> -5\n"))
+      << english;
+  EXPECT_EQ(chinese, RunQlid({"demo", "--fault", "help"}, kChinese).out);
+}
+
+TEST(ChineseFaults, AreRefusedInChinese) {
+  for (const auto& [fault, complaint] : std::map<std::string, std::string>{
+           {"explode",  "没有故障 \"explode\""                    },
+           {"silent=1", "\"silent\" 不带值"                        },
+           {"cut=x",    "\"cut\" 的值须为 0 至 1000000 的整数"},
+  }) {
+    EXPECT_EQ("qlid: " + complaint, LinesOf(RunQlid({"demo", "--fault", fault}, kChinese).err)[0]);
+  }
+}
+
+TEST(ChineseSpecimens, AreDescribed) {
+  const std::vector<std::string> lines =
+      LinesOf(RunQlid({"simulate", "--person", "help"}, kChinese).out);
+
+  EXPECT_EQ(simulator::Specimens().size(), lines.size());
+  for (const std::string& line : lines) EXPECT_TRUE(HasHan(line)) << line;
+}
+
+TEST(ChineseTrace, SaysWhatTravels) {
+  const Bench bench;
+
+  const Output read = RunQlid(bench.Read({"--trace"}), kChinese);
+
+  EXPECT_EQ(0, read.exit) << read.err;
+  std::size_t frames = 0;
+  for (const std::string& line : LinesOf(read.err)) {
+    const std::size_t bytes = line.find(" AA AA AA 96 69");
+    if (bytes == std::string::npos) continue;
+    ++frames;
+    EXPECT_TRUE(HasHan(line.substr(0, bytes))) << line;
+  }
+  EXPECT_EQ(6U, frames) << read.err;
+}
+
+TEST(ChineseComplaint, SaysWhatTheSystemSaid) {
+  const std::string folder = TemporaryFolder();
+  WriteWholeFile(folder + "/backwards", "qtrace 1\n2 < AA\n1 > AA\n");
+
+  const Output missing = RunQlid({"decode", folder + "/none"}, kChinese);
+  const Output directory = RunQlid({"decode", folder}, kChinese);
+  const Output recording = RunQlid({"simulate", "--replay", folder + "/backwards"}, kChinese);
+
+  EXPECT_TRUE(Contains(missing.err, "没有那个文件或目录")) << missing.err;
+  EXPECT_TRUE(Contains(directory.err, "是一个目录")) << directory.err;
+  EXPECT_TRUE(Contains(recording.err, "第 3 行：时间倒退")) << recording.err;
 }

@@ -54,15 +54,5 @@ TEST(ParseFault, SaysWhatIsWrong) {
   }
 }
 
-TEST(FaultHelp, HasALineForEachFault) {
-  const std::string help = FaultHelp();
-
-  std::size_t lines = 0;
-  for (const char c : help) lines += c == '\n' ? 1 : 0;
-  EXPECT_EQ(FaultTable().size(), lines);
-  EXPECT_NE(std::string::npos, help.find("cut=BYTES "));
-  EXPECT_NE(std::string::npos, help.find("-> -100\n"));
-}
-
 }  // namespace
 }  // namespace simulator

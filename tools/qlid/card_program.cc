@@ -8,9 +8,9 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 
 #include "quillonid/results.h"
+#include "tools/qlid/files.h"
 #include "tools/qlid/reading.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
@@ -103,7 +103,7 @@ std::optional<Report> RunForCard(const std::string& command, const std::string& 
   if (card >= 0) close(card);
   if (error != 0) {
     return ProgramReport(command, Format(Tr("the command was not started: %s", "命令未启动：%s"),
-                                         std::strerror(error)));
+                                         SystemProblem(error).c_str()));
   }
   const auto end = Clock::now() + std::chrono::seconds(seconds);
   while (true) {

@@ -85,7 +85,8 @@ Check CheckConfiguration() {
 
 std::string SizeText(long long bytes) {
   if (bytes >= 10LL << 20) return Format("%lld MB", bytes >> 20);
-  return bytes >= 10LL << 10 ? Format("%lld kB", bytes >> 10) : Format("%lld bytes", bytes);
+  return bytes >= 10LL << 10 ? Format("%lld kB", bytes >> 10)
+                             : Format(Tr("%lld bytes", "%lld 字节"), bytes);
 }
 
 const char* WhoMayRead(unsigned mode) {

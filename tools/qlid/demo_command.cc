@@ -11,6 +11,7 @@
 #include "tools/qlid/read_failure.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/simulator_text.h"
 #include "tools/qlid/sixel.h"
 #include "tools/qlid/specimen_reader.h"
 #include "tools/qlid/terminal.h"
@@ -103,7 +104,7 @@ int Demonstrate(const DemoOptions& options, const simulator::Card& specimen,
 }
 
 int PrintFaults() {
-  std::printf("%s", simulator::FaultHelp().c_str());
+  std::printf("%s", FaultHelp().c_str());
   return kExitDone;
 }
 
@@ -119,7 +120,7 @@ int DemoCommand(const DemoOptions& options) {
   }
   std::optional<simulator::Fault> fault;
   if (!options.fault.empty()) {
-    fault = simulator::ParseFault(options.fault, &problem);
+    fault = FindFault(options.fault, &problem);
     if (!fault) {
       PrintReport(UsageReport(problem, "qlid demo --fault help"));
       return kExitUsage;
@@ -131,7 +132,7 @@ int DemoCommand(const DemoOptions& options) {
     PrintReport({QL_DEVICE_ERROR,
                  kExitUnexpected,
                  Tr("there is no pseudo-terminal to be had", "无法创建伪终端"),
-                 {{Tr("Cause", "原因"), error.what()}}});
+                 {{Tr("Cause", "原因"), SystemProblem(error.code().value())}}});
     return kExitUnexpected;
   }
 }

@@ -142,7 +142,8 @@ std::string NodeOwner(const std::string& path) {
   if (stat(path.c_str(), &status) != 0) return "";
   const passwd* user = getpwuid(status.st_uid);
   const group* owner = getgrgid(status.st_gid);
-  return Format("%s:%s, mode %04o", user ? user->pw_name : std::to_string(status.st_uid).c_str(),
+  return Format(Tr("%s:%s, mode %04o", "%s:%s，权限 %04o"),
+                user ? user->pw_name : std::to_string(status.st_uid).c_str(),
                 owner ? owner->gr_name : std::to_string(status.st_gid).c_str(),
                 static_cast<unsigned>(status.st_mode & 07777));
 }

@@ -64,8 +64,9 @@ void PrintUsb(const std::vector<UsbReader>& readers) {
   std::printf("USB\n");
   bool first = true;
   for (const UsbReader& reader : readers) {
-    std::printf("  %s  bus %d device %d  %s  %s\n", IdText(reader.id).c_str(), reader.bus,
-                reader.device, reader.node.c_str(), AccessText(reader.access, reader.node).c_str());
+    std::printf(Tr("  %s  bus %d device %d  %s  %s\n", "  %s  总线 %d 设备 %d  %s  %s\n"),
+                IdText(reader.id).c_str(), reader.bus, reader.device, reader.node.c_str(),
+                AccessText(reader.access, reader.node).c_str());
     if (!reader.driver.empty()) {
       std::printf("    %s\n", Format(Tr("kernel driver %s holds it; the library detaches it",
                                         "内核驱动 %s 占用；库会将其分离"),

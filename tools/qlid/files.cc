@@ -13,7 +13,36 @@
 namespace qlid {
 namespace {
 
-std::string Reason() { return std::strerror(errno); }
+struct ErrorText {
+  int error;
+  const char* chinese;
+};
+constexpr ErrorText kErrorTexts[] = {
+    {EPERM,        "不允许的操作"            },
+    {ENOENT,       "没有那个文件或目录"   },
+    {EIO,          "输入/输出错误"           },
+    {ENXIO,        "没有那个设备或地址"   },
+    {ENOMEM,       "无法分配内存"            },
+    {EACCES,       "权限不够"                  },
+    {EBUSY,        "设备或资源忙"            },
+    {EEXIST,       "文件已存在"               },
+    {ENODEV,       "没有那个设备"            },
+    {ENOTDIR,      "不是目录"                  },
+    {EISDIR,       "是一个目录"               },
+    {EINVAL,       "无效的参数"               },
+    {EMFILE,       "打开的文件过多"         },
+    {ENFILE,       "系统中打开的文件过多"},
+    {ETXTBSY,      "文本文件忙"               },
+    {EFBIG,        "文件过大"                  },
+    {ENOSPC,       "设备上没有空间"         },
+    {EROFS,        "只读文件系统"            },
+    {EPIPE,        "断开的管道"               },
+    {ENAMETOOLONG, "文件名过长"               },
+    {ELOOP,        "符号链接的层数过多"   },
+    {EDQUOT,       "超出磁盘限额"            },
+};
+
+std::string Reason() { return SystemProblem(errno); }
 
 bool WriteAll(int fd, const std::vector<std::uint8_t>& bytes) {
   std::size_t done = 0;
@@ -27,6 +56,13 @@ bool WriteAll(int fd, const std::vector<std::uint8_t>& bytes) {
 }
 
 }  // namespace
+
+std::string SystemProblem(int error) {
+  for (const ErrorText& text : kErrorTexts) {
+    if (text.error == error) return Tr(std::strerror(error), text.chinese);
+  }
+  return std::strerror(error);
+}
 
 bool ReadFile(const std::string& path, std::size_t limit, std::vector<std::uint8_t>* bytes,
               std::string* problem) {

@@ -9,6 +9,9 @@
 
 namespace qlid {
 
+// What an errno value means, in the chosen language.
+std::string SystemProblem(int error);
+
 // Reads a file of at most `limit` bytes; "-" is standard input. False with the reason in `problem`.
 bool ReadFile(const std::string& path, std::size_t limit, std::vector<std::uint8_t>* bytes,
               std::string* problem);

@@ -1,9 +1,10 @@
 // Chinese for the argument library's own words: the frame of the help, and its complaints.
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <regex>
+#include <cstring>
 
 #include "tools/qlid/command_line.h"
+#include "tools/qlid/phrases.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -30,8 +31,10 @@ constexpr Word kWords[] = {
     {"SHELL",       "SHELL" },
 };
 
-// A complaint, and what is said instead; $1, $2 are the names and values in it.
-constexpr Word kProblems[] = {
+constexpr char kMissing[] = "缺少参数：";
+
+// Complaints.
+constexpr Phrase kProblems[] = {
     {"(.+) is required",                                   "缺少参数：$1"                     },
     {"(.+) excludes (.+)",                                 "$1 不能与 $2 同时使用"          },
     {"(.+) requires (.+)",                                 "$1 须与 $2 同时使用"             },
@@ -144,18 +147,11 @@ class ChineseFormatter : public CLI::Formatter {
 std::shared_ptr<CLI::FormatterBase> ChineseHelp() { return std::make_shared<ChineseFormatter>(); }
 
 std::string UsageProblem(const CLI::ParseError& error) {
-  const std::string english = error.what();
-  for (const Word& problem : kProblems) {
-    std::smatch found;
-    if (!std::regex_match(english, found, std::regex(problem.english))) continue;
-    std::string chinese = found.format(problem.chinese);
-    // A positional argument stands there under the name of the help.
-    const std::string name = found[1];
-    const std::size_t at = chinese.find(name);
-    if (at != std::string::npos) chinese.replace(at, name.size(), Chinese(name));
-    return Tr(english.c_str(), chinese.c_str());
-  }
-  return english;
+  std::string problem = Rephrased(error.what(), kProblems);
+  // A positional argument stands in it under its name in the help.
+  if (problem.rfind(kMissing, 0) == 0)
+    problem = kMissing + Chinese(problem.substr(std::strlen(kMissing)));
+  return problem;
 }
 
 }  // namespace qlid

@@ -1,13 +1,13 @@
 // qlid log: the library's log, personal data masked when asked.
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <iostream>
 
 #include "quillonid/results.h"
 #include "quillonid/support.h"
 #include "tools/qlid/commands.h"
+#include "tools/qlid/files.h"
 #include "tools/qlid/log_mask.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
@@ -32,7 +32,8 @@ int Missing(const std::string& path, int error) {
   PrintReport(
       {QL_INVALID_ARGUMENT,
        kExitUsage,
-       Format(Tr("%s cannot be read: %s", "无法读取 %s：%s"), path.c_str(), std::strerror(error)),
+       Format(Tr("%s cannot be read: %s", "无法读取 %s：%s"), path.c_str(),
+              SystemProblem(error).c_str()),
        {{Tr("Next", "建议"), Tr("logging is switched on in /home/quillon/QLConfig.ini: man "
                                 "QLConfig.ini; its state: qlid doctor",
                                 "日志在 /home/quillon/QLConfig.ini 中打开：man QLConfig.ini；状态："

@@ -1,6 +1,7 @@
 // qlid simulate: a simulated reader until it is told to stop.
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <functional>
 #include <span>
@@ -12,6 +13,7 @@
 #include "tools/qlid/files.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/simulator_text.h"
 #include "tools/qlid/specimen_reader.h"
 #include "tools/qlid/terminal.h"
 #include "tools/qlid/terminal_keys.h"
@@ -24,13 +26,13 @@ constexpr std::size_t kRecordingLimit = 64 << 20;
 
 int PrintSpecimens() {
   for (const simulator::Specimen& person : simulator::Specimens()) {
-    std::printf("%-22s %s\n", person.id.c_str(), person.about.c_str());
+    std::printf("%-22s %s\n", person.id.c_str(), About(person).c_str());
   }
   return kExitDone;
 }
 
 int PrintFaults() {
-  std::printf("%s", simulator::FaultHelp().c_str());
+  std::printf("%s", FaultHelp().c_str());
   return kExitDone;
 }
 
@@ -67,7 +69,7 @@ class Stage {
     switch (key) {
       case 'p':
         Put();
-        Say(Format(Tr("Card: %s", "卡片：%s"), card_.person.about.c_str()));
+        Say(Format(Tr("Card: %s", "卡片：%s"), About(card_.person).c_str()));
         break;
       case 'r':
         reader_->RemoveCard();
@@ -106,7 +108,7 @@ class Stage {
     const simulator::FaultRow& row = faults[fault_ - 1];
     reader_->SetFault({row.id, row.value});
     Say(Format(Tr("Fault: %s, %s", "故障：%s，%s"),
-               simulator::FaultText({row.id, row.value}).c_str(), row.about));
+               simulator::FaultText({row.id, row.value}).c_str(), About(row).c_str()));
   }
 
   simulator::TtyReader* reader_;
@@ -140,7 +142,7 @@ void WaitForTheEnd(TerminalKeys* keys, const std::function<bool(char)>& press) {
 
 bool LinkStands(const Link& link, const std::string& name) {
   if (!link.Wanted() || link.Made()) return true;
-  std::perror(name.c_str());
+  std::fprintf(stderr, "%s: %s\n", name.c_str(), SystemProblem(errno).c_str());
   return false;
 }
 
@@ -154,7 +156,7 @@ int Serve(const SimulateOptions& options, const simulator::Card& card,
   if (!LinkStands(link, options.link)) return kExitUnexpected;
   TerminalKeys keys;
   std::string what =
-      Format(Tr("Card: %s%s. Nobody real.", "卡片：%s%s。均为样本。"), card.person.about.c_str(),
+      Format(Tr("Card: %s%s. Nobody real.", "卡片：%s%s。均为样本。"), About(card.person).c_str(),
              card.fingerprints ? Tr(", with two fingerprint templates", "，含两个指纹模板") : "");
   if (fault) what += Format(Tr(" Fault: %s.", " 故障：%s。"), simulator::FaultText(*fault).c_str());
   Announce(reader, what, card.fingerprints ? " --fingerprints" : "", keys.Active());
@@ -184,6 +186,7 @@ int ReplayCommand(const SimulateOptions& options) {
   if (ReadFile(options.replay, kRecordingLimit, &text, &problem)) {
     const auto pieces = simulator::ParseRecording(std::string(text.begin(), text.end()), &problem);
     if (pieces) return ServeRecording(options, *pieces);
+    problem = RecordingProblem(problem);
   }
   Report report = UsageReport(Format(Tr("%s is no recording: %s", "%s 不是记录文件：%s"),
                                      options.replay.c_str(), problem.c_str()),
@@ -203,7 +206,7 @@ int SpecimenCommand(const SimulateOptions& options) {
   }
   std::optional<simulator::Fault> fault;
   if (!options.fault.empty()) {
-    fault = simulator::ParseFault(options.fault, &problem);
+    fault = FindFault(options.fault, &problem);
     if (!fault) {
       PrintReport(UsageReport(problem, "qlid simulate --fault help"));
       return kExitUsage;
@@ -223,7 +226,7 @@ int SimulateCommand(const SimulateOptions& options) {
     PrintReport({QL_DEVICE_ERROR,
                  kExitUnexpected,
                  Tr("there is no pseudo-terminal to be had", "无法创建伪终端"),
-                 {{Tr("Cause", "原因"), error.what()}}});
+                 {{Tr("Cause", "原因"), SystemProblem(error.code().value())}}});
     return kExitUnexpected;
   }
 }

@@ -77,7 +77,8 @@ TappedReading ReadTapped(const ReadOptions& options) {
 
 std::optional<Report> WriteRecording(const TappedReading& tapped, const ReadOptions& options) {
   const std::string remark =
-      Format("%s at %ld bit/s, %s\nHolds a card's data unmasked: keep it to yourself.\n",
+      Format(Tr("%s at %ld bit/s, %s\nHolds a card's data unmasked: keep it to yourself.\n",
+                "%s，%ld bit/s，%s\n含有未遮盖的卡内数据，请勿外传。\n"),
              options.request.device.c_str(), options.request.baud, Today().c_str());
   const std::string text = simulator::RecordingText(tapped.pieces, remark);
   std::string problem;

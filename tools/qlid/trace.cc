@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "tools/qlid/simulator_text.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -80,7 +81,7 @@ void PrintTrace(const simulator::TraceEvent& event, std::size_t limit) {
   const bool from_host = event.direction == simulator::TraceEvent::Direction::kFromHost;
   std::string line =
       Format("%02d:%02d:%02d.%03ld  %s  %s", local.tm_hour, local.tm_min, local.tm_sec,
-             milliseconds, from_host ? "<" : ">", PaddedTo(event.meaning, 16).c_str());
+             milliseconds, from_host ? "<" : ">", PaddedTo(TrafficText(event.meaning), 16).c_str());
   for (std::size_t i = 0; i < event.bytes.size() && i < limit; ++i)
     line += Format(" %02X", event.bytes[i]);
   if (event.bytes.size() > limit)
