@@ -1,5 +1,5 @@
-# Makes the manual page quillonid-protocol(7), in scdoc's language, from docs/protocol.md: headings, paragraphs, indented
-# blocks and tables are all that the document uses.
+# Makes the manual page quillonid-protocol(7), in scdoc's language, from docs/protocol.md or its Chinese twin: headings,
+# paragraphs, indented blocks and tables are all that the documents use.
 
 function scdoc_text(text) {
   gsub(/_/, "\\_", text)
@@ -13,10 +13,15 @@ function leave_block() {
 }
 
 BEGIN {
-  print "quillonid-protocol(7)\n\n# NAME\n\nquillonid-protocol - what libquillonid and a card reader say to each other"
+  chinese = ARGV[1] ~ /zh_CN/
+  name = chinese ? "名称" : "NAME"
+  about = chinese ? "libquillonid 与读卡器之间的协议" : "what libquillonid and a card reader say to each other"
+  description = chinese ? "说明" : "DESCRIPTION"
+  see_also = chinese ? "参见" : "SEE ALSO"
+  print "quillonid-protocol(7)\n\n# " name "\n\nquillonid-protocol - " about
 }
 
-/^# / { print "\n# DESCRIPTION"; next }
+/^# / { print "\n# " description; next }
 /^## / { leave_block(); sub(/^## [0-9]+\. /, ""); print "# " toupper($0); next }
 
 /^    / {
@@ -38,4 +43,4 @@ BEGIN {
   print scdoc_text($0)
 }
 
-END { print "\n# SEE ALSO\n\n*libquillonid*(3), *qlid*(1)" }
+END { print "\n# " see_also "\n\n*libquillonid*(3), *qlid*(1)" }
