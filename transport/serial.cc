@@ -33,8 +33,8 @@ std::atomic<int> s_bCancelLinuxComRead;
 std::atomic<int> s_bLinuxComIsReading;  // 1 during a read
 std::atomic<int> s_bLinuxComIsWriting;  // 1 during a write
 
-constexpr int kSlice = 50;      // milliseconds: longest time between two looks at the cancel flag
-constexpr int kTooFast = 25;    // milliseconds: an empty pass on a live line takes a whole slice
+constexpr int kSlice = 100;     // milliseconds: longest time between two looks at the cancel flag
+constexpr int kPass = 50;       // milliseconds: longest pass of a read on a live line
 constexpr int kRetry = 10;      // milliseconds: shortest wait of a write that found no room
 constexpr int kWriteLimit = 5;  // seconds that a line may take no byte before a write gives up
 constexpr int kUnblockWait = 1000;  // milliseconds
@@ -170,10 +170,10 @@ int WriteAll(int fd, const unsigned char* data, int len) {
   return sent;
 }
 
-// One pass of a read: what the line has, or what comes within a slice. Returns read's result. VTIME
+// One pass of a read: what the line has, or what comes in its time. Returns read's result. VTIME
 // alone would hold a cancel up for the tenth of a second and the tick of the kernel above it.
 ssize_t ReadPass(int fd, unsigned char* dest, std::size_t room) {
-  return WaitFor(fd, POLLIN, kSlice) == 0 ? 0 : read(fd, dest, room);
+  return WaitFor(fd, POLLIN, kPass) == 0 ? 0 : read(fd, dest, room);
 }
 
 // The passes of COMM_Com_ReadLinux, up to its result.
@@ -194,7 +194,7 @@ int ReadMessage(int fd, unsigned char* buffer, std::int64_t wanted, int timeout_
     if (MonotonicSeconds() - start > limit) return RET_PUB_TIMEOUT;
     if (s_bCancelLinuxComRead) return RET_PUB_CANCEL;
     // A line that was hung up reads as empty at once, for ever.
-    if (got == 0) NapRestOfSlice(pass_start, kTooFast, kSlice);
+    if (got == 0) NapRestOfSlice(pass_start, kPass, kSlice);
   }
 }
 
