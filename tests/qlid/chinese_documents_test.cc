@@ -59,6 +59,8 @@ INSTANTIATE_TEST_SUITE_P(
     Each, ChineseDocument,
     testing::Values(Pair{"README.md", "README.zh_CN.md"},
                     Pair{"docs/man/qlid.1.scd", "docs/man/zh_CN/qlid.1.scd"},
+                    Pair{"docs/troubleshooting.md", "docs/troubleshooting.zh_CN.md"},
+                    Pair{"docs/privacy.md", "docs/privacy.zh_CN.md"},
                     Pair{"docs/man/libquillonid.3.scd", "docs/man/zh_CN/libquillonid.3.scd"},
                     Pair{"docs/man/QLConfig.ini.5.scd", "docs/man/zh_CN/QLConfig.ini.5.scd"},
                     Pair{"docs/man/quillonid-errors.7.scd",

@@ -251,3 +251,11 @@ TEST(ChineseComplaint, SaysWhatTheSystemSaid) {
   EXPECT_TRUE(Contains(directory.err, "是一个目录")) << directory.err;
   EXPECT_TRUE(Contains(recording.err, "第 3 行：时间倒退")) << recording.err;
 }
+
+TEST(ChineseTerminal, IsToldHowToShowChinese) {
+  Program gbk(Qlid({"devices", "--known"}), {"LC_ALL=zh_CN.GBK"}, true);
+  Program utf8(Qlid({"devices", "--known", "--lang", "zh"}), {"LC_ALL=C.UTF-8"}, true);
+
+  EXPECT_TRUE(Contains(gbk.Finish().err, "请执行：export LC_ALL=C.UTF-8，并加选项 --lang zh"));
+  EXPECT_EQ("", utf8.Finish().err);
+}

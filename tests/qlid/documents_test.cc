@@ -54,5 +54,7 @@ TEST_P(Document, NamesCommandsThatExist) {
 
 INSTANTIATE_TEST_SUITE_P(Each, Document,
                          testing::Values("docs/troubleshooting.md", "docs/privacy.md",
+                                         "docs/troubleshooting.zh_CN.md", "docs/privacy.zh_CN.md",
+                                         "docs/man/zh_CN/quillonid-errors.7.scd",
                                          "docs/man/quillonid-errors.7.scd"),
                          [](const auto& row) { return "At" + std::to_string(row.index); });

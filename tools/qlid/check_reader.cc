@@ -23,7 +23,7 @@ bool IsUsb(const ReadRequest& request) { return !IsSerial(request.device); }
 std::string NameOf(const ReadRequest& request) {
   return IsUsb(request)
              ? "\"" + request.device + "\""
-             : Format(Tr("%s at %ld bit/s", "%s，%ld 波特"), request.device.c_str(), request.baud);
+             : Format(Tr("%s at %ld bit/s", "%s，%ld bit/s"), request.device.c_str(), request.baud);
 }
 
 Check NotOpened(const ReadRequest& request) {

@@ -35,7 +35,7 @@ std::string NameOfMachine(unsigned machine) {
   for (const MachineName& row : kMachines) {
     if (row.machine == machine) return row.name;
   }
-  return Format("machine %u", machine);
+  return Format(Tr("machine %u", "架构 %u"), machine);
 }
 
 // Copies a structure out of the file; false where the file is too short for it.

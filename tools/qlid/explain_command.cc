@@ -55,7 +55,7 @@ int PrintManual() {
   std::printf("quillonid-errors(7)\n\n# %s\n\n%s\n\n# %s\n\n%s\n\n", Tr("NAME", "名称"),
               Tr("quillonid-errors - result codes of libquillonid and qlid",
                  "quillonid-errors - libquillonid 与 qlid 的结果码"),
-              Tr("DESCRIPTION", "描述"),
+              Tr("DESCRIPTION", "说明"),
               Tr("The functions of *libquillonid*(3) return these codes; *qlid*(1) shows them in "
                  "brackets and\nturns them into its exit status. The message is the library's own. "
                  "The command\nbehind \"Try it\" ends in the code, without hardware.",

@@ -53,7 +53,7 @@ std::string JoinGroup(const std::string& name) {
   const std::string user = UserName();
   if (IsListedIn(name, user)) {
     return Format(Tr("log out and in again: \"%s\" has been in group %s only since",
-                     "注销后重新登录：\"%s\" 登录后才加入 %s 组"),
+                     "注销后重新登录：\"%s\" 本次登录之后才加入 %s 组"),
                   user.c_str(), name.c_str());
   }
   return Format("sudo usermod -aG %s %s     %s", name.c_str(), user.c_str(),

@@ -14,7 +14,7 @@ namespace {
 
 std::string ReaderName(const ReadRequest& request) {
   return IsSerial(request.device)
-             ? Format(Tr("%s at %ld bit/s", "%s，%ld 波特"), request.device.c_str(), request.baud)
+             ? Format(Tr("%s at %ld bit/s", "%s，%ld bit/s"), request.device.c_str(), request.baud)
              : "\"" + request.device + "\"";
 }
 
@@ -52,7 +52,7 @@ Report NoCardReport(const ReadRequest& request) {
       Format(Tr("no card within %d s", "%d 秒内没有读到卡片"), request.timeout),
       {{Tr("Reader", "读卡器"), ReaderName(request) + Tr(": it works, its card module answered the "
                                                          "device check",
-                                                         "：工作正常，安全模块有应答")},
+                                                         "：工作正常，安全模块应答了设备检测")},
                                                                                    {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)}}
   };
 }

@@ -117,7 +117,8 @@ void WarnUnlessUtf8() {
       stderr,
       Tr("qlid: the locale's encoding is %s, Chinese text may not be readable; try: export "
          "LANG=C.UTF-8\n",
-         "qlid: 当前编码为 %s，中文可能无法显示；请执行：export LANG=zh_CN.UTF-8\n"),
+         "qlid: 当前编码为 %s，中文可能无法显示；请执行：export LC_ALL=C.UTF-8，并加选项 --lang "
+         "zh\n"),
       encoding);
 }
 
