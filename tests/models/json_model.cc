@@ -1,5 +1,7 @@
 #include "tests/models/json_model.h"
 
+#include <initializer_list>
+
 namespace model {
 
 namespace {
@@ -27,35 +29,40 @@ char EscapeOf(char c) {
 
 template <typename Record>
 KeyValues Beginning(const Record& r) {
-  return {
-      {"Address",           r.address                                                },
-      {"Birth",             r.birthday                                               },
-      {"CardActivity",      std::string(r.validStart) + "-" + std::string(r.validEnd)},
-      {"CardActivityStart", r.validStart                                             },
-      {"CardActivityExp",   r.validEnd                                               }
-  };
+  KeyValues values;
+  values.reserve(32);
+  values.emplace_back("Address", r.address);
+  values.emplace_back("Birth", r.birthday);
+  values.emplace_back("CardActivity", std::string(r.validStart) + "-" + r.validEnd);
+  values.emplace_back("CardActivityStart", r.validStart);
+  values.emplace_back("CardActivityExp", r.validEnd);
+  return values;
 }
 
-void Append(KeyValues* values, const KeyValues& more) {
-  values->insert(values->end(), more.begin(), more.end());
+void Append(KeyValues* values, std::initializer_list<std::pair<const char*, const char*>> more) {
+  for (const auto& [key, text] : more) values->emplace_back(key, text);
 }
 
 }  // namespace
 
-std::string Quoted(const std::string& text) {
-  std::string out = "\"";
-  out.reserve(text.size() + 8);
+void AppendQuoted(std::string* out, std::string_view text) {
+  out->push_back('"');
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte >= 0x20 && c != '"' && c != '\\') {
-      out.push_back(c);
+      out->push_back(c);
     } else if (const char letter = EscapeOf(c)) {
-      out += {'\\', letter};
+      *out += {'\\', letter};
     } else {
-      out += {'\\', 'u', '0', '0', "01"[byte / 16], "0123456789abcdef"[byte % 16]};
+      *out += {'\\', 'u', '0', '0', "01"[byte / 16], "0123456789abcdef"[byte % 16]};
     }
   }
-  out.push_back('"');
+  out->push_back('"');
+}
+
+std::string Quoted(std::string_view text) {
+  std::string out;
+  AppendQuoted(&out, text);
   return out;
 }
 

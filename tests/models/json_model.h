@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -14,10 +15,11 @@ namespace model {
 
 inline constexpr std::uint64_t kTexts = 10000;  // a JSON text takes long
 
-using KeyValues = std::vector<std::pair<std::string, std::string>>;
+using KeyValues = std::vector<std::pair<std::string_view, std::string>>;
 
 // RFC 8259 with the short escapes, everything above 7F as it is.
-std::string Quoted(const std::string& text);
+void AppendQuoted(std::string* out, std::string_view text);
+std::string Quoted(std::string_view text);
 
 // What the text of a record holds, in its order.
 KeyValues ValuesOf(const PERSONINFO_CHA_FP& r);

@@ -7,18 +7,23 @@
 namespace {
 
 using model::AnyRecord;
+using model::AppendQuoted;
 using model::KeyValues;
 using model::kTexts;
-using model::Quoted;
 using model::ValuesOf;
 
 std::string ModelText(const KeyValues& values) {
   std::string text = "{\n";
+  text.reserve(QL_JSON_SIZE);
   for (std::size_t i = 0; i < values.size(); ++i) {
-    text += '\t' + Quoted(values[i].first) + ":\t" + Quoted(values[i].second);
+    text.push_back('\t');
+    AppendQuoted(&text, values[i].first);
+    text += ":\t";
+    AppendQuoted(&text, values[i].second);
     text += i + 1 < values.size() ? ",\n" : "\n";
   }
-  return text + '}';
+  text.push_back('}');
+  return text;
 }
 
 // Native data with a photo, kept by the library as the last read's; the mode stays 0.

@@ -6,6 +6,7 @@
 namespace {
 
 using model::AnyRecord;
+using model::AppendQuoted;
 using model::KeyValues;
 using model::kTexts;
 using model::Quoted;
@@ -19,19 +20,22 @@ struct Source {
 
 Source AnyJson(Random& random, const KeyValues& of_record) {
   Source source;
-  std::string text;
+  std::string text = "{";
+  text.reserve(QL_JSON_SIZE);
+  source.values.reserve(of_record.size());
   for (const auto& [key, value] : of_record) {
     if (random.OneIn(6)) continue;
-    if (!text.empty()) text += random.OneIn(2) ? "," : " ,\r\n ";
-    text += Quoted(key) + (random.OneIn(2) ? ":" : "\t: ");
+    if (text.size() > 1) text += random.OneIn(2) ? "," : " ,\r\n ";
+    AppendQuoted(&text, key);
+    text += random.OneIn(2) ? ":" : "\t: ";
     if (random.OneIn(12)) {
       text += random.OneIn(2) ? "17" : "null";
       continue;
     }
-    text += Quoted(value);
+    AppendQuoted(&text, value);
     source.values.emplace_back(key, value);
   }
-  source.text = "{" + text + "}";
+  source.text = std::move(text) + "}";
   return source;
 }
 
@@ -139,7 +143,7 @@ TEST(ModelOfFuncGetStringFromJson, IsEqual) {
       [](Random& random) {
         const auto values = ValuesOf(AnyRecord<PERSONINFO_GAT_FP>(random));
         const Source source = AnyJson(random, values);
-        const std::string& key =
+        const std::string_view key =
             values[static_cast<std::size_t>(random.Between(0, SizeOf(source.text)) %
                                             static_cast<int>(values.size()))]
                 .first;
@@ -151,8 +155,8 @@ TEST(ModelOfFuncGetStringFromJson, IsEqual) {
           model = 0;
         }
 
-        return Equal(model, tFuncGetStringFromJson(source.text.c_str(), key.c_str(),
-                                                   out.library_text())) &&
+        return Equal(model,
+                     tFuncGetStringFromJson(source.text.c_str(), key.data(), out.library_text())) &&
                out.AreEqual();
       },
       kTexts);
