@@ -12,9 +12,6 @@ namespace {
 
 constexpr int kCodes[] = {0, -1, -2, -3, -4, -5, -7, -8, -9, -10, -11, -12, -13, -100};
 
-// Only calls in the packet framing return it, and qlid makes none.
-constexpr int kOfPacketsAlone = -4;
-
 std::string Explained(int code) { return RunQlid({"explain", std::to_string(code)}).out; }
 
 // The text behind a label at the start of a line.
@@ -51,10 +48,6 @@ TEST_P(Errors, CanBeTriedWithOneCommand) {
   const int code = GetParam();
   const std::string explained = Explained(code);
   const std::string command = Labelled(explained, "Try it");
-  if (code == kOfPacketsAlone) {
-    EXPECT_EQ("", command);
-    return;
-  }
   ASSERT_EQ(0, chdir(TemporaryFolder().c_str()));
 
   const Output tried = RunCommand(command);

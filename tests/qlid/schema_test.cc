@@ -186,6 +186,19 @@ TEST(QlidSchema, HoldsForExplainedBytes) {
   EXPECT_EQ(0, Check(documents, "explain"));
 }
 
+TEST(QlidSchema, HoldsForPackets) {
+  NEEDS_VALIDATOR();
+  std::vector<std::string> documents;
+  for (const char* bytes :
+       {"02 30 30 30 34 33 32 33 30 30 30 30 31 30 33 03", "02 30 30 30 34 33 32 03",
+        "AA AA AA 96 69 00 03 20 01 22", "AA AA AA 96 69 00 04", "FF", "/quillonid-none"}) {
+    documents.push_back(RunQlid({"decode", "--packet", "--json", bytes}).out);
+    documents.push_back(RunQlid({"decode", "--packet", "--json", "--redact", bytes}).out);
+  }
+
+  EXPECT_EQ(0, Check(documents, "packet"));
+}
+
 TEST(QlidSchema, RefusesOtherVerdicts) {
   NEEDS_PRIVATE_ROOT();
   NEEDS_VALIDATOR();

@@ -230,13 +230,8 @@ void PrintByteMeanings(const std::vector<ByteMeaning>& meanings, bool redact) {
   }
 }
 
-void PrintByteMeaningsJson(const Card& card, const std::vector<ByteMeaning>& meanings,
-                           bool redact) {
-  const std::unique_ptr<cJSON, decltype(&cJSON_Delete)> document(cJSON_CreateObject(),
-                                                                 cJSON_Delete);
-  cJSON_AddStringToObject(document.get(), "schema", "qlid.explain/1");
-  cJSON_AddStringToObject(document.get(), "kind", KindName(card.kind));
-  cJSON* rows = cJSON_AddArrayToObject(document.get(), "bytes");
+cJSON* ByteMeaningsArray(const std::vector<ByteMeaning>& meanings, bool redact) {
+  cJSON* rows = cJSON_CreateArray();
   for (const ByteMeaning& row : meanings) {
     cJSON* object = cJSON_CreateObject();
     cJSON_AddItemToArray(rows, object);
@@ -248,6 +243,16 @@ void PrintByteMeaningsJson(const Card& card, const std::vector<ByteMeaning>& mea
     cJSON_AddStringToObject(object, "value", row.value.c_str());
     cJSON_AddBoolToObject(object, "possible", !row.impossible);
   }
+  return rows;
+}
+
+void PrintByteMeaningsJson(const Card& card, const std::vector<ByteMeaning>& meanings,
+                           bool redact) {
+  const std::unique_ptr<cJSON, decltype(&cJSON_Delete)> document(cJSON_CreateObject(),
+                                                                 cJSON_Delete);
+  cJSON_AddStringToObject(document.get(), "schema", "qlid.explain/1");
+  cJSON_AddStringToObject(document.get(), "kind", KindName(card.kind));
+  cJSON_AddItemToObject(document.get(), "bytes", ByteMeaningsArray(meanings, redact));
   char* text = cJSON_Print(document.get());
   std::printf("%s\n", text ? text : "{}");
   cJSON_free(text);

@@ -2,6 +2,8 @@
 #ifndef QUILLONID_TOOLS_QLID_BYTE_MEANINGS_H
 #define QUILLONID_TOOLS_QLID_BYTE_MEANINGS_H
 
+#include <cjson/cJSON.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -29,6 +31,9 @@ std::vector<ByteMeaning> ByteMeanings(const Card& card);
 
 // A line for each: offset, bytes, meaning, value. Personal bytes are masked when `redact` is set.
 void PrintByteMeanings(const std::vector<ByteMeaning>& meanings, bool redact);
+
+// The same as a JSON array.
+cJSON* ByteMeaningsArray(const std::vector<ByteMeaning>& meanings, bool redact);
 
 // The same as one JSON document on standard output.
 void PrintByteMeaningsJson(const Card& card, const std::vector<ByteMeaning>& meanings, bool redact);

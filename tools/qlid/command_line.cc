@@ -192,11 +192,18 @@ void AddDecode(CLI::App& app, CommandLine* line) {
       app.add_subcommand("decode", Tr("Show a saved card answer", "显示保存下来的卡应答"));
   decode
       ->add_option("FILE", line->decode.file,
-                   Tr("Native data, as qlid read --native saves it; - for standard input",
-                      "qlid read --native 保存的原始数据；- 表示标准输入"))
+                   Tr("Native data, as qlid read --native saves it; - for standard input; with "
+                      "--packet also the bytes in hexadecimal",
+                      "qlid read --native 保存的原始数据；- 表示标准输入；与 --packet "
+                      "合用时也可以是十六进制字节"))
       ->required();
   decode->add_flag("--explain", line->decode.explain, Tr("Every byte's meaning", "逐字节说明含义"));
+  CLI::Option* packet =
+      decode->add_flag("--packet", line->decode.packet,
+                       Tr("One reader packet or card-module frame of a line trace, field by field",
+                          "线路记录中的一个数据包或安全模块帧，逐字段说明"));
   AddOutput(decode, &line->decode.output);
+  for (const char* other : {"--explain", "--photo"}) packet->excludes(decode->get_option(other));
 }
 
 void AddSimulate(CLI::App& app, CommandLine* line) {

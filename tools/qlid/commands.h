@@ -44,6 +44,7 @@ int DevicesCommand(const DevicesOptions& options);
 struct DecodeOptions {
   std::string file;
   bool explain = false;  // byte for byte
+  bool packet = false;   // not a card answer: one frame of a line trace
   OutputOptions output;
 };
 int DecodeCommand(const DecodeOptions& options);

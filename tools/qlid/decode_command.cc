@@ -1,11 +1,16 @@
 // qlid decode: a saved card answer as a record, or byte for byte.
+#include <cjson/cJSON.h>
+#include <unistd.h>
+
 #include <cstdio>
+#include <memory>
 
 #include "quillonid/carddata.h"
 #include "quillonid/results.h"
 #include "tools/qlid/byte_meanings.h"
 #include "tools/qlid/commands.h"
 #include "tools/qlid/files.h"
+#include "tools/qlid/packet_view.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
@@ -41,9 +46,78 @@ void Explain(Card card, const OutputOptions& output) {
   }
 }
 
+// The bytes that are named: in hexadecimal on the command line, or by a file that holds them or
+// their hexadecimal text.
+bool PacketBytes(const std::string& named, std::vector<std::uint8_t>* bytes, std::string* problem) {
+  constexpr std::size_t kMost = 1 << 18;
+  const bool file = named == "-" || access(named.c_str(), F_OK) == 0;
+  if (!file && ParseHex(named, bytes)) return true;
+  if (!ReadFile(named, kMost, bytes, problem)) return false;
+  std::vector<std::uint8_t> meant;
+  if (ParseHex({bytes->begin(), bytes->end()}, &meant)) *bytes = meant;
+  return true;
+}
+
+Report WrongFrameReport(const PacketView& view) {
+  const ResultText& text = ResultOf(QL_CHECK_ERROR);
+  const std::string frame = view.frame;
+  return {
+      QL_CHECK_ERROR,
+      text.exit,
+      frame == "card-module" ? Tr("a card-module frame failed its check", "安全模块帧校验错误")
+      : frame == "unknown" ? Tr("these bytes are no frame", "这些字节不是帧")
+                           : Tr(text.english, text.chinese),
+      {{Tr("Where", "位置"), view.fault},
+                                       {Tr("Next", "建议"),
+        Tr("check cable and speed: --baud; more of the line: qlid read --trace",
+           "检查线缆和波特率：--baud；查看线路的更多内容：qlid read --trace")}}
+  };
+}
+
+void PrintPacketJson(const PacketView& view, const Report* report, bool redact) {
+  const std::unique_ptr<cJSON, decltype(&cJSON_Delete)> document(cJSON_CreateObject(),
+                                                                 cJSON_Delete);
+  cJSON_AddStringToObject(document.get(), "schema", "qlid.packet/1");
+  cJSON_AddBoolToObject(document.get(), "ok", report == nullptr);
+  cJSON_AddStringToObject(document.get(), "frame", view.frame);
+  cJSON_AddStringToObject(document.get(), "meaning", view.meaning.c_str());
+  cJSON_AddItemToObject(document.get(), "bytes", ByteMeaningsArray(view.rows, redact));
+  if (report) cJSON_AddItemToObject(document.get(), "error", ReportObject(*report));
+  char* text = cJSON_Print(document.get());
+  std::printf("%s\n", text ? text : "{}");
+  cJSON_free(text);
+}
+
+int DecodePacket(const DecodeOptions& options) {
+  PacketView view;
+  std::optional<Report> report;
+  std::vector<std::uint8_t> bytes;
+  std::string problem;
+  if (PacketBytes(options.file, &bytes, &problem)) {
+    view = ViewPacket(bytes);
+    if (!view.fault.empty()) report = WrongFrameReport(view);
+  } else {
+    report = UnreadableReport(options.file, problem);
+  }
+  for (ByteMeaning& row : view.rows) {
+    if (options.output.redact && row.personal) row.value.clear();
+  }
+
+  if (options.output.json) {
+    PrintPacketJson(view, report ? &*report : nullptr, options.output.redact);
+  } else {
+    if (!view.rows.empty()) PrintByteMeanings(view.rows, options.output.redact);
+    if (!view.meaning.empty()) std::printf("%s\n", view.meaning.c_str());
+    std::fflush(stdout);
+    if (report) PrintReport(*report);
+  }
+  return report ? report->exit : kExitDone;
+}
+
 }  // namespace
 
 int DecodeCommand(const DecodeOptions& options) {
+  if (options.packet) return DecodePacket(options);
   std::vector<std::uint8_t> bytes;
   std::string problem;
   Card card;

@@ -18,7 +18,7 @@ std::vector<Row> RowsOf(const ResultText& row) {
     rows.push_back({Tr("Causes", "可能原因"), Tr(row.causes_english, row.causes_chinese)});
   if (*row.next_english)
     rows.push_back({Tr("Next", "建议"), Tr(row.next_english, row.next_chinese)});
-  if (row.try_it) rows.push_back({Tr("Try it", "试一试"), row.try_it});
+  rows.push_back({Tr("Try it", "试一试"), row.try_it});
   rows.push_back({Tr("Exit", "退出码"), std::to_string(row.exit)});
   return rows;
 }

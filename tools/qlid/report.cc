@@ -1,7 +1,5 @@
 #include "tools/qlid/report.h"
 
-#include <cjson/cJSON.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -39,12 +37,7 @@ Json Envelope(const Outcome& outcome, bool photo) {
     }
   }
   if (outcome.report) {
-    cJSON* error = cJSON_AddObjectToObject(document.get(), "error");
-    cJSON_AddNumberToObject(error, "code", outcome.report->code);
-    AddText(error, "name", ResultOf(outcome.report->code).name);
-    AddText(error, "message", outcome.report->what);
-    cJSON* details = cJSON_AddObjectToObject(error, "details");
-    for (const Row& row : outcome.report->rows) AddText(details, row.label.c_str(), row.text);
+    cJSON_AddItemToObject(document.get(), "error", ReportObject(*outcome.report));
   }
   if (!outcome.device.empty()) {
     AddText(cJSON_AddObjectToObject(document.get(), "reader"), "device", outcome.device);
@@ -112,6 +105,16 @@ void PrintReport(const Report& report) {
   for (const Row& row : report.rows) {
     std::fprintf(stderr, "  %s  %s\n", PaddedTo(row.label, width).c_str(), row.text.c_str());
   }
+}
+
+cJSON* ReportObject(const Report& report) {
+  cJSON* error = cJSON_CreateObject();
+  cJSON_AddNumberToObject(error, "code", report.code);
+  AddText(error, "name", ResultOf(report.code).name);
+  AddText(error, "message", report.what);
+  cJSON* details = cJSON_AddObjectToObject(error, "details");
+  for (const Row& row : report.rows) AddText(details, row.label.c_str(), row.text);
+  return error;
 }
 
 bool KindWanted(const std::string& wanted, CardKind kind) {

@@ -3,6 +3,8 @@
 #ifndef QUILLONID_TOOLS_QLID_REPORT_H
 #define QUILLONID_TOOLS_QLID_REPORT_H
 
+#include <cjson/cJSON.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,6 +27,9 @@ struct Report {
 Report UsageReport(const std::string& what, const std::string& next);
 
 void PrintReport(const Report& report);
+
+// The same as a JSON object.
+cJSON* ReportObject(const Report& report);
 
 struct Outcome {
   const Card* card = nullptr;      // null: nothing was read

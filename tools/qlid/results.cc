@@ -36,7 +36,9 @@ constexpr ResultText kResults[] = {
      "Only calls in the packet framing return it: a card read tries a bad answer again until its time is over, and then "
      "returns -5.",
      "仅数据包模式的调用会返回；读卡时错误的应答会重试到超时，然后返回 -5。",
-     "the line is disturbed", "线路受干扰", "check cable and speed: --baud", "检查线缆和波特率：--baud", nullptr},
+     "the line is disturbed", "线路受干扰", "check cable and speed: --baud; see what is wrong with a packet: qlid decode --packet",
+     "检查线缆和波特率：--baud；查看数据包的问题：qlid decode --packet",
+     "qlid decode --packet 02303030343332333030303031303403"},
     {QL_TIMEOUT, kExitNoCard, "timeout",
      "no card in time", "超时：未读到卡片",
      "The time of the read is over. The tool then asks the reader once, and tells a missing card from a silent reader.",

@@ -33,7 +33,7 @@ struct ResultText {
   const char* causes_chinese;
   const char* next_english;
   const char* next_chinese;
-  const char* try_it;  // a command that ends in it, or null
+  const char* try_it;  // a command that ends in it
 };
 
 std::span<const ResultText> Results();

@@ -34,18 +34,6 @@ constexpr AnswerRow kAnswers[] = {
     {{0x40, 0x02, 0x41}, 0,   "IC power-on"  },
 };
 
-const char* AnswerMeaning(const simulator::Bytes& bytes) {
-  if (bytes.size() < kHead || !std::equal(kPreamble.begin(), kPreamble.end(), bytes.begin()))
-    return "bytes of no frame";
-  for (const AnswerRow& row : kAnswers) {
-    if (bytes.size() >= row.least &&
-        std::equal(row.status.begin(), row.status.end(), bytes.begin() + 7)) {
-      return row.meaning;
-    }
-  }
-  return "unknown answer";
-}
-
 // Bytes of the answer at the front; 0 while it is not known or not all there.
 std::size_t AnswerSize(const simulator::Bytes& bytes) {
   if (bytes.size() < 7) return 0;
@@ -70,6 +58,18 @@ Part PartOf(RequestKind kind) {
 }
 
 }  // namespace
+
+const char* AnswerMeaning(const simulator::Bytes& bytes) {
+  if (bytes.size() < kHead || !std::equal(kPreamble.begin(), kPreamble.end(), bytes.begin()))
+    return "bytes of no frame";
+  for (const AnswerRow& row : kAnswers) {
+    if (bytes.size() >= row.least &&
+        std::equal(row.status.begin(), row.status.end(), bytes.begin() + 7)) {
+      return row.meaning;
+    }
+  }
+  return "unknown answer";
+}
 
 void PrintTrace(const simulator::TraceEvent& event, std::size_t limit) {
   const auto since = event.time.time_since_epoch();

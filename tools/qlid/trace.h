@@ -18,6 +18,9 @@ constexpr std::size_t kTracedBytes = 24;
 // One frame as a line on standard error, at most `limit` of its bytes.
 void PrintTrace(const simulator::TraceEvent& event, std::size_t limit = kTracedBytes);
 
+// What the card module says with an answer.
+const char* AnswerMeaning(const simulator::Bytes& bytes);
+
 // A request or an answer, whole.
 struct Frame {
   std::chrono::microseconds first{0};  // when its first byte came
