@@ -175,6 +175,15 @@ TEST(ChineseComplaint, SaysWhatIsWrongWithTheCommandLine) {
   }
 }
 
+TEST(ChineseComplaint, TakesAValueOfAnyLength) {
+  const std::string value(100'000, 'x');
+
+  const Output output = RunQlid({"read", "--kind", value}, kChinese);
+
+  EXPECT_EQ(2, output.exit);
+  EXPECT_TRUE(Contains(output.err, value + " 不在 any、resident")) << output.err.substr(0, 200);
+}
+
 TEST(ChineseComplaint, LeavesTheEnglishOneAsItIs) {
   const Output missing = RunQlid({"decode"}, kEnglish);
   const Output excluded = RunQlid({"read", "--record", "x", "--redact"}, kEnglish);
