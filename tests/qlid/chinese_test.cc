@@ -248,6 +248,15 @@ TEST(ChineseTrace, SaysWhatTravels) {
   EXPECT_EQ(6U, frames) << read.err;
 }
 
+TEST(ChineseTrace, SaysWhatAFrameMeans) {
+  const Output search = RunQlid({"decode", "--packet", "AA AA AA 96 69 00 03 20 01 22"}, kChinese);
+  const Output no_card =
+      RunQlid({"decode", "--packet", "AA AA AA 96 69 00 04 00 00 81 85"}, kChinese);
+
+  EXPECT_EQ("寻卡", LinesOf(search.out).back()) << search.out;
+  EXPECT_EQ("无卡", LinesOf(no_card.out).back()) << no_card.out;
+}
+
 TEST(ChineseComplaint, SaysWhatTheSystemSaid) {
   const std::string folder = TemporaryFolder();
   WriteWholeFile(folder + "/backwards", "qtrace 1\n2 < AA\n1 > AA\n");

@@ -8,6 +8,7 @@
 #include "quillonid/link.h"
 #include "quillonid/results.h"
 #include "simulator/packets.h"
+#include "tools/qlid/simulator_text.h"
 #include "tools/qlid/terminal.h"
 #include "tools/qlid/trace.h"
 
@@ -228,7 +229,7 @@ void ViewModuleFrame(const Bytes& bytes, PacketView* view) {
   }
   const auto check = walk.Take(1, Tr("check byte", "校验字节"));
   const std::uint8_t right = ExclusiveOr(std::span(bytes).subspan(kPreamble.size(), length + 1));
-  view->meaning = ModuleMeaning(bytes, command);
+  view->meaning = TrafficText(ModuleMeaning(bytes, command));
   if (IsUnsupported(bytes)) {
     walk.last().value = Tr("45, as this answer has it", "45，此应答如此");
   } else {
