@@ -80,6 +80,10 @@ void AddOutput(CLI::App* command, OutputOptions* output) {
           "--photo", output->photo,
           Tr("Write the photo to this file (.bmp or .png)", "把照片写入此文件（.bmp 或 .png）"))
       ->type_name("FILE");
+  CLI::Option* picture =
+      command->add_flag("--picture", output->picture,
+                        Tr("Show the photo on the terminal, in colour", "在终端上以彩色显示照片"));
+  for (const char* other : {"--json", "--redact"}) picture->excludes(command->get_option(other));
 }
 
 void AddCommonOptions(CLI::App& app, CommandLine* line) {
@@ -203,7 +207,8 @@ void AddDecode(CLI::App& app, CommandLine* line) {
                        Tr("One reader packet or card-module frame of a line trace, field by field",
                           "线路记录中的一个数据包或安全模块帧，逐字段说明"));
   AddOutput(decode, &line->decode.output);
-  for (const char* other : {"--explain", "--photo"}) packet->excludes(decode->get_option(other));
+  for (const char* other : {"--explain", "--photo", "--picture"})
+    packet->excludes(decode->get_option(other));
 }
 
 void AddSimulate(CLI::App& app, CommandLine* line) {

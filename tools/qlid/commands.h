@@ -13,8 +13,9 @@ namespace qlid {
 struct OutputOptions {
   bool json = false;
   bool redact = false;
-  std::string photo;   // BMP or PNG file; empty: none
-  std::string native;  // file for the read reply; empty: none
+  bool picture = false;  // show the photo on the terminal
+  std::string photo;     // BMP or PNG file; empty: none
+  std::string native;    // file for the read reply; empty: none
 };
 
 struct ReadOptions {

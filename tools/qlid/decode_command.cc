@@ -129,7 +129,7 @@ int DecodeCommand(const DecodeOptions& options) {
     report = NoAnswerReport(options.file, problem);
   } else {
     outcome.card = &card;
-    report = WriteFiles(card, options.output);
+    report = WriteFiles(card, options.output, &outcome.picture);
   }
   if (report) outcome.report = &*report;
 

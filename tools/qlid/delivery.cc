@@ -8,7 +8,7 @@
 namespace qlid {
 
 std::optional<Report> Deliver(Outcome outcome, const ReadOptions& options) {
-  std::optional<Report> report = WriteFiles(*outcome.card, options.output);
+  std::optional<Report> report = WriteFiles(*outcome.card, options.output, &outcome.picture);
   if (report) outcome.report = &*report;
   if (options.exec.empty()) {
     if (options.watch && options.output.json) {

@@ -19,14 +19,7 @@
 namespace qlid {
 namespace {
 
-constexpr int kPictureColumns = 40;
 constexpr int kFaultSeconds = 5;  // limit of a read that is to fail
-
-void ShowPicture(const Picture& picture) {
-  std::string text = TerminalDrawsSixel() ? SixelText(picture) : "";
-  if (text.empty()) text = HalfBlocks(picture, kPictureColumns);
-  std::printf("%s", text.c_str());
-}
 
 // Decodes the specimen's photo, shows it where the terminal has colour, and writes the file. `row`
 // says how it went; a result that is not 0 is a failure to report.

@@ -8,6 +8,7 @@
 #include "tools/qlid/files.h"
 #include "tools/qlid/picture.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/sixel.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -67,7 +68,10 @@ Report FileReport(const std::string& path, const std::string& problem) {
   };
 }
 
-std::optional<Report> WritePhoto(const Card& card, const std::string& path) {
+// Decodes the photo for the file `path`, unless that is empty, and for `picture`, unless it is
+// null.
+std::optional<Report> TakePhoto(const Card& card, const std::string& path,
+                                std::optional<Picture>* picture) {
   std::vector<std::uint8_t> bmp;
   const int result = DecodePhoto(card.native, card.fingerprints_asked, kDecoder, &bmp);
   if (result != QL_SUCCESS) {
@@ -80,10 +84,11 @@ std::optional<Report> WritePhoto(const Card& card, const std::string& path) {
                                                                                                {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)}}
     };
   }
-  if (EndsIn(path, ".png") || EndsIn(path, ".PNG")) {
-    Picture picture;
-    if (ReadBmp(bmp, &picture)) bmp = EncodePng(picture);
-  }
+  Picture pixels;
+  const bool drawn = ReadBmp(bmp, &pixels);
+  if (drawn && (EndsIn(path, ".png") || EndsIn(path, ".PNG"))) bmp = EncodePng(pixels);
+  if (drawn && picture) *picture = std::move(pixels);
+  if (path.empty()) return std::nullopt;
   std::string problem;
   if (!WriteFile(path, bmp, &problem)) return FileReport(path, problem);
   return std::nullopt;
@@ -156,6 +161,7 @@ void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
     std::printf("%s\n", text ? text : "{}");
     cJSON_free(text);
   } else if (redacted.card) {
+    if (outcome.picture) ShowPicture(*outcome.picture);
     std::vector<Row> rows = CardRows(*redacted.card);
     if (!options.photo.empty() && !outcome.report)
       rows.push_back({Tr("Photo", "照片"), options.photo});
@@ -165,13 +171,15 @@ void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
   if (outcome.report && !options.json) PrintReport(*outcome.report);
 }
 
-std::optional<Report> WriteFiles(const Card& card, const OutputOptions& options) {
+std::optional<Report> WriteFiles(const Card& card, const OutputOptions& options,
+                                 std::optional<Picture>* picture) {
   std::string problem;
   if (!options.native.empty() && !WriteFile(options.native, card.native, &problem)) {
     return FileReport(options.native, problem);
   }
-  if (!options.photo.empty()) return WritePhoto(card, options.photo);
-  return std::nullopt;
+  const bool shown = options.picture && PictureCanBeShown();
+  if (options.photo.empty() && !shown) return std::nullopt;
+  return TakePhoto(card, options.photo, shown ? picture : nullptr);
 }
 
 }  // namespace qlid

@@ -11,6 +11,7 @@
 
 #include "tools/qlid/card_view.h"
 #include "tools/qlid/commands.h"
+#include "tools/qlid/picture.h"
 #include "tools/qlid/trace.h"
 
 namespace qlid {
@@ -37,6 +38,7 @@ struct Outcome {
   std::string device;              // empty: no reader was involved
   long elapsed_ms = -1;
   const Timing* timing = nullptr;  // where the time went
+  std::optional<Picture> picture;  // to show before the text
 };
 
 // The card and what went wrong, to standard output and standard error, as `options` ask.
@@ -55,8 +57,10 @@ std::string OutcomeJson(const Outcome& outcome, const OutputOptions& options, bo
 // That line on standard output.
 void PrintJsonLine(const Outcome& outcome, const OutputOptions& options);
 
-// Writes the photo and native data files that `options` ask for. An empty result is success.
-std::optional<Report> WriteFiles(const Card& card, const OutputOptions& options);
+// Writes the photo and native data files that `options` ask for, and decodes the photo into
+// `picture` when it is to be shown. An empty result is success.
+std::optional<Report> WriteFiles(const Card& card, const OutputOptions& options,
+                                 std::optional<Picture>* picture);
 
 }  // namespace qlid
 

@@ -1,19 +1,22 @@
 #include "tools/qlid/sixel.h"
 
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "tools/qlid/terminal.h"
+
 #ifdef QLID_SIXEL
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sixel.h>
 #include <termios.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <memory>
 #include <sstream>
 #include <string_view>
-
-#include "tools/qlid/terminal.h"
 
 namespace qlid {
 namespace {
@@ -121,3 +124,19 @@ std::string SixelText(const Picture&) { return ""; }
 }  // namespace qlid
 
 #endif
+
+namespace qlid {
+
+bool PictureCanBeShown() {
+  return IsTerminal(STDOUT_FILENO) && ColorWanted(STDOUT_FILENO) &&
+         (EncodingIsUtf8() || TerminalDrawsSixel());
+}
+
+void ShowPicture(const Picture& picture) {
+  constexpr int kPictureColumns = 40;
+  std::string text = TerminalDrawsSixel() ? SixelText(picture) : "";
+  if (text.empty()) text = HalfBlocks(picture, kPictureColumns);
+  std::printf("%s", text.c_str());
+}
+
+}  // namespace qlid

@@ -16,6 +16,12 @@ bool TerminalDrawsSixel();
 // The picture as a sixel text; empty when that fails.
 std::string SixelText(const Picture& picture);
 
+// Whether standard output is a terminal with colour for a picture that is asked for.
+bool PictureCanBeShown();
+
+// The picture on standard output, in pixels or else in half blocks.
+void ShowPicture(const Picture& picture);
+
 }  // namespace qlid
 
 #endif

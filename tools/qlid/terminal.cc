@@ -109,17 +109,18 @@ int TerminalColumns(int stream) {
   return size.ws_col;
 }
 
+bool EncodingIsUtf8() { return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0; }
+
 void WarnUnlessUtf8() {
   if (!IsTerminal(STDOUT_FILENO) && !IsTerminal(STDERR_FILENO)) return;
-  const char* encoding = nl_langinfo(CODESET);
-  if (std::strcmp(encoding, "UTF-8") == 0) return;
+  if (EncodingIsUtf8()) return;
   std::fprintf(
       stderr,
       Tr("qlid: the locale's encoding is %s, Chinese text may not be readable; try: export "
          "LANG=C.UTF-8\n",
          "qlid: 当前编码为 %s，中文可能无法显示；请执行：export LC_ALL=C.UTF-8，并加选项 --lang "
          "zh\n"),
-      encoding);
+      nl_langinfo(CODESET));
 }
 
 int DisplayWidth(std::string_view text) {

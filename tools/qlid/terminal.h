@@ -32,6 +32,9 @@ bool IsTerminal(int stream);
 bool ColorWanted(int stream);
 int TerminalColumns(int stream);
 
+// Whether the locale's encoding is UTF-8.
+bool EncodingIsUtf8();
+
 // On a terminal whose locale is not UTF-8, says on standard error that card text will not show.
 void WarnUnlessUtf8();
 
