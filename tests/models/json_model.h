@@ -37,7 +37,8 @@ class Filler {
 
   template <std::size_t kWidth>
   void operator()(char (&field)[kWidth]) {
-    std::strcpy(field, AnyText(random_, kWidth).c_str());
+    const std::string text = AnyText(random_, kWidth);
+    std::memcpy(field, text.c_str(), text.size() + 1);
   }
 
  private:

@@ -31,7 +31,7 @@ std::string KeepPhoto(Random& random) {
   std::string native(1295, '\0');
   native[10] = 1;
   native[12] = 4;
-  const std::string photo = random.Bytes(1024);
+  std::string photo = random.Bytes(1024);
   native.replace(14 + 256, photo.size(), photo);
   tFunc_SetIdNativeData(reinterpret_cast<unsigned char*>(native.data()), SizeOf(native));
   return photo;

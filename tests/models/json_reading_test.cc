@@ -181,7 +181,7 @@ TEST(ModelOfFuncConvertIdInfotoStruct, IsEqual) {
         auto record = AnyRecord<PERSONINFO_COLLECT_FP>(random);
         record.cardType[0] = " IJx"[random.Between(0, 3)];
         record.cardType[1] = '\0';
-        if (random.OneIn(16)) std::strcpy(record.cardType, "J ");
+        if (random.OneIn(16)) std::memcpy(record.cardType, "J ", 3);
         const Source source = AnyJson(random, ValuesOf(record));
         Records<PERSONINFO_CHA> china(random);
         Records<PERSONINFO_FOR> foreign(random);
