@@ -14,7 +14,6 @@ void* StandIn(Function* function) {
 }
 
 constexpr unsigned kErrorOrSignal = kError | kInterrupted;
-constexpr unsigned kErrorOrShort = kError | kShort;
 constexpr char kMemory[] = "works on memory that it is given";
 constexpr char kReleases[] = "releases and reports nothing";
 constexpr char kCompiler[] = "start-up and check code of compiler and C library";
