@@ -13,6 +13,7 @@
 #include "tests/failures/world.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/pty.h"
+#include "tests/testing/valgrind.h"
 #include "tests/usb/fake_libusb.h"
 
 namespace failures {
@@ -36,8 +37,7 @@ bool RunsSlowly() {
 #ifdef QL_EMULATED
   return true;
 #else
-  const char* const preloaded = std::getenv("LD_PRELOAD");
-  return preloaded != nullptr && std::string_view(preloaded).find("vgpreload") != std::string::npos;
+  return UnderValgrind();
 #endif
 }
 

@@ -214,7 +214,7 @@ int CountsCalls(const unsigned char*, int count) {
 
 TEST(HidRead, AsksTheEndConditionAlsoWithoutBytes) {
   OpenReader reader;
-  reader.SendPacket({5}, milliseconds(450));
+  reader.SendPacket({5}, milliseconds(1500));
   s_asked = 0;
 
   EXPECT_EQ(1, Read(100, 5, CountsCalls).result);

@@ -1,0 +1,13 @@
+// Whether the program runs under valgrind, where everything takes twenty to fifty times as long.
+#ifndef QUILLONID_TESTS_TESTING_VALGRIND_H
+#define QUILLONID_TESTS_TESTING_VALGRIND_H
+
+#include <cstdlib>
+#include <string_view>
+
+inline bool UnderValgrind() {
+  const char* const preloaded = std::getenv("LD_PRELOAD");
+  return preloaded != nullptr && std::string_view(preloaded).find("vgpreload") != std::string::npos;
+}
+
+#endif
