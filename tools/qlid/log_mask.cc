@@ -145,7 +145,7 @@ std::string MaskMessage(std::string_view message) {
 std::string MaskDump(std::string_view message, std::size_t hex) {
   const std::string_view title = message.substr(0, hex);
   const std::string_view digits = message.substr(hex + kHex.size());
-  const std::string shown = MaskMessage(title);
+  std::string shown = MaskMessage(title);
   if (shown != title) return shown;
   const std::size_t kept = StartsWith(digits, kFrame) ? std::min(kFrameDigits, digits.size()) : 0;
   return std::string(message.substr(0, hex + kHex.size())) +

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 
 #include "simulator/faults.h"
 #include "tools/qlid/command_line.h"
@@ -44,7 +45,7 @@ OptionWords WordsOf(const CLI::Option& option) {
   words.about = option.get_description();
   if (option.get_items_expected_max() == 0) return words;
   const std::string type = option.get_type_name();
-  const std::string name = option.get_single_name();
+  const std::string& name = option.get_single_name();
   words.choices = name == "fault"  ? FaultNames()
                   : name == "CODE" ? PublishedCodes()
                                    : ChoicesIn(type);
@@ -172,9 +173,14 @@ int Main(int argc, char** argv) {
 }  // namespace qlid
 
 int main(int argc, char** argv) {
-  std::setlocale(LC_CTYPE, "");
-  // A closed pipe ends the tool quietly.
-  std::signal(SIGPIPE, SIG_DFL);
-  qlid::HoldSignals();
-  return qlid::Main(argc, argv);
+  try {
+    std::setlocale(LC_CTYPE, "");
+    // A closed pipe ends the tool quietly.
+    std::signal(SIGPIPE, SIG_DFL);
+    qlid::HoldSignals();
+    return qlid::Main(argc, argv);
+  } catch (const std::exception& problem) {  // no memory, no thread
+    std::fprintf(stderr, "qlid: %s\n", problem.what());
+    return qlid::kExitUnexpected;
+  }
 }
