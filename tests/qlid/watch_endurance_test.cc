@@ -100,7 +100,7 @@ constexpr long kKilobytesToSpare = 4096;
 #ifdef __SANITIZE_ADDRESS__
 constexpr bool kMemoryIsMeasured = false;  // Freed memory is held back.
 #else
-constexpr bool kMemoryIsMeasured = true;
+constexpr bool kMemoryIsMeasured = MEASURE_MEMORY;  // Not that of an emulator.
 #endif
 
 }  // namespace
