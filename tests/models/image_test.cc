@@ -36,7 +36,7 @@ std::string ModelBmp(const std::string& pixels, int width, int height) {
   file.append(24, '\0');
   const std::string turned = ModelPixels(pixels, width * height);
   for (int n = 1; n <= width * height; ++n) {
-    file += turned.substr(static_cast<std::size_t>(3 * (n - 1)), 3);
+    file += turned.substr(3 * static_cast<std::size_t>(n - 1), 3);
     if (n % width == 0) file += "\x96\x08";
   }
   return file;
@@ -59,13 +59,17 @@ bool IsFolder(const std::string& path) {
 }
 
 std::string ModelPath(const std::string& path, const std::string& suffix, const std::string& name) {
-  if (IsFolder(path)) return path + (path.back() == '/' ? "" : "/") + name + suffix;
+  if (IsFolder(path)) {
+    std::string whole = path;
+    if (path.back() != '/') whole += '/';
+    return whole.append(name).append(suffix);
+  }
   const std::size_t slash = path.rfind('/');
   const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
   const std::string last = path.substr(start);
   for (const char* pattern : {"*.bmp", "*.jpg", "*.png", "*.gif"}) {
     if (strcasecmp(last.c_str(), pattern) == 0) {
-      return path.substr(0, start) + name + suffix + last.substr(1);
+      return path.substr(0, start).append(name).append(suffix).append(last, 1);
     }
   }
   return path;
@@ -116,7 +120,7 @@ TEST(ModelOfGetImgPathEx, IsEqual) {
 
     GetImgPathEx(path.c_str(), has_suffix ? suffix.c_str() : nullptr, name.c_str(),
                  out.library_text(), 1023);
-    std::strcpy(out.model_text(), ModelPath(path, has_suffix ? suffix : "", name).c_str());
+    WriteText(ModelPath(path, has_suffix ? suffix : "", name), out.model_text());
 
     return out.AreEqual();
   });
@@ -127,11 +131,11 @@ TEST(ModelOfFuncSaveHeadImg, IsEqual) {
     const std::string path = AnyPath(random);
     const std::string name = random.Text(random.Between(0, 30), "0189X");
     Outputs<QL_IMAGE_PATH_SIZE> written;
-    std::strcpy(written.library_text(), path.c_str());
+    WriteText(path, written.library_text());
 
     const int library = tFuncSaveHeadImg(name.c_str(), written.library_text());
     if (!path.empty()) {
-      std::strcpy(written.model_text(), ModelPath(path, "-head.bmp", name).c_str());
+      WriteText(ModelPath(path, "-head.bmp", name), written.model_text());
     }
 
     return Equal(0, library) && written.AreEqual();

@@ -37,8 +37,7 @@ class Filler {
 
   template <std::size_t kWidth>
   void operator()(char (&field)[kWidth]) {
-    const std::string text = AnyText(random_, kWidth);
-    std::memcpy(field, text.c_str(), text.size() + 1);
+    WriteText(AnyText(random_, kWidth), field);
   }
 
  private:

@@ -115,6 +115,11 @@ inline const unsigned char* BytesOf(const std::string& text) {
   return reinterpret_cast<const unsigned char*>(text.data());
 }
 
+// Writes a text with its zero.
+inline void WriteText(const std::string& text, char* dest) {
+  std::memcpy(dest, text.c_str(), text.size() + 1);
+}
+
 inline int SizeOf(const std::string& text) { return static_cast<int>(text.size()); }
 
 // Number of inputs for each test: `usual`, or what the variable QL_MODEL_INPUTS says.

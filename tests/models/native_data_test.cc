@@ -162,9 +162,7 @@ void ModelGatFields(const unsigned char* text, PERSONINFO_GAT_FP* record) {
 
 int TextStart(int mode) { return mode == 0 ? 14 : mode == 1 ? 16 : 0; }
 
-void ModelSex(const char* code, char* dest) {
-  std::strcpy(dest, DecimalOf(code) == 1 ? "男" : "女");
-}
+void ModelSex(const char* code, char* dest) { WriteText(DecimalOf(code) == 1 ? "男" : "女", dest); }
 
 void ModelTemplate(const unsigned char* bytes, int digits, char* dest) {
   for (int i = 0; i < digits; ++i) {

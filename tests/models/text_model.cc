@@ -1,5 +1,6 @@
 #include "tests/models/text_model.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -146,14 +147,14 @@ void Nation(int code, char* dest) {
   if (code >= 1 && code <= 56) name = names.at(static_cast<std::size_t>(code) - 1).text;
   if (code == 97) name = "其他";
   if (code == 98) name = "外国血统中国籍人士";
-  std::strcpy(dest, name.c_str());
+  std::memcpy(dest, name.c_str(), name.size() + 1);
 }
 
 void Country(const char* code, char* dest) {
   static const std::vector<Name> names = NamesOf(kExpectedCountries);
   for (const Name& name : names) {
     if (std::strncmp(code, name.code.c_str(), name.code.size()) != 0) continue;
-    std::memcpy(dest, name.text.data(), name.text.size());
+    std::copy(name.text.begin(), name.text.end(), dest);  // without a zero
     return;
   }
 }
