@@ -52,7 +52,8 @@ const ElfW(Dyn) * FindDynamic(const link_map& map, ElfW(Sxword) tag) {
 template <typename T>
 const T* DynamicPointer(const link_map& map, ElfW(Sxword) tag) {
   const ElfW(Dyn)* const entry = FindDynamic(map, tag);
-  return entry != nullptr ? reinterpret_cast<const T*>(entry->d_un.d_ptr) : nullptr;
+  if (entry == nullptr) return nullptr;
+  return reinterpret_cast<const T*>(entry->d_un.d_ptr);  // NOLINT(performance-no-int-to-ptr)
 }
 
 std::size_t DynamicValue(const link_map& map, ElfW(Sxword) tag) {
@@ -68,8 +69,9 @@ bool IsSlot(const ElfW(Rela) & relocation) {
 // The table of slots is read-only once the program has started.
 void MakeWritable(void** place) {
   const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-  const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(place) & ~(page - 1);
-  if (mprotect(reinterpret_cast<void*>(start), page, PROT_READ | PROT_WRITE) != 0) {
+  auto* const byte = reinterpret_cast<char*>(place);
+  char* const start = byte - reinterpret_cast<std::uintptr_t>(place) % page;
+  if (mprotect(start, page, PROT_READ | PROT_WRITE) != 0) {
     throw std::runtime_error("the import slots stay read-only");
   }
 }
@@ -83,7 +85,8 @@ void AddSlots(const link_map& map, ElfW(Sxword) table, ElfW(Sxword) size,
   for (std::size_t i = 0; relocations != nullptr && i < count; ++i) {
     const ElfW(Sym)& symbol = symbols[ELF64_R_SYM(relocations[i].r_info)];
     if (!IsSlot(relocations[i]) || symbol.st_shndx != SHN_UNDEF) continue;
-    auto* const place = reinterpret_cast<void**>(map.l_addr + relocations[i].r_offset);
+    const std::uintptr_t address = map.l_addr + relocations[i].r_offset;
+    auto* const place = reinterpret_cast<void**>(address);  // NOLINT(performance-no-int-to-ptr)
     MakeWritable(place);
     slots->push_back({names + symbol.st_name, place});
   }

@@ -238,7 +238,7 @@ StepResult ImageText() {
 }
 
 StepResult Bmp() {
-  const std::string pixels(102 * 126 * 3, 'p');
+  const std::string pixels(std::size_t{102} * 126 * 3, 'p');
   const auto* const bytes = reinterpret_cast<const unsigned char*>(pixels.data());
   return {SaveBmp(PathOf(kPhoto).c_str(), bytes, 102, 126), ""};
 }
