@@ -34,26 +34,29 @@ bool HasValidator() { return Check({}) != kNoValidator; }
 
 }  // namespace
 
-TEST(QlidSchema, HoldsForEveryKindOfCard) {
+class SchemaOfAKind : public testing::TestWithParam<const char*> {};
+
+TEST_P(SchemaOfAKind, HoldsForEveryReadAndDecode) {
   NEEDS_VALIDATOR();
   std::vector<std::string> documents;
-  for (const char* id : {"resident", "foreigner", "permit"}) {
-    for (const bool fingerprints : {false, true}) {
-      const Bench bench(id, fingerprints);
-      std::vector<std::string> arguments = {"--json", "--timing"};
-      if (fingerprints) arguments.push_back("--fingerprints");
-      documents.push_back(RunQlid(bench.Read(arguments)).out);
-      arguments.push_back("--redact");
-      documents.push_back(RunQlid(bench.Read(arguments)).out);
-      const std::string file = TemporaryFolder() + "/card.bin";
-      WriteWholeFile(file, Text(simulator::NativeData(bench.card, fingerprints)));
-      documents.push_back(RunQlid({"decode", "--json", file}).out);
-    }
-    for (const std::string& document : documents) ASSERT_TRUE(Contains(document, "\"card\""));
+  for (const bool fingerprints : {false, true}) {
+    const Bench bench(GetParam(), fingerprints);
+    std::vector<std::string> arguments = {"--json", "--timing"};
+    if (fingerprints) arguments.push_back("--fingerprints");
+    documents.push_back(RunQlid(bench.Read(arguments)).out);
+    arguments.push_back("--redact");
+    documents.push_back(RunQlid(bench.Read(arguments)).out);
+    const std::string file = TemporaryFolder() + "/card.bin";
+    WriteWholeFile(file, Text(simulator::NativeData(bench.card, fingerprints)));
+    documents.push_back(RunQlid({"decode", "--json", file}).out);
   }
+  for (const std::string& document : documents) ASSERT_TRUE(Contains(document, "\"card\""));
 
   EXPECT_EQ(0, Check(documents));
 }
+
+INSTANTIATE_TEST_SUITE_P(Each, SchemaOfAKind, testing::Values("resident", "foreigner", "permit"),
+                         [](const auto& kind) { return std::string(kind.param); });
 
 TEST(QlidSchema, HoldsForWhatAProgramIsHanded) {
   NEEDS_VALIDATOR();
