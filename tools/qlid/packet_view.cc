@@ -18,7 +18,6 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::array<std::uint8_t, 5> kPreamble = {0xAA, 0xAA, 0xAA, 0x96, 0x69};
-constexpr std::size_t kModuleHead = 7;      // preamble and length
 constexpr std::size_t kCommandLength = 3;   // command, parameter and check byte
 constexpr std::size_t kLongestBody = 1024;  // characters between head and end
 constexpr std::size_t kPayloadSize = 1020;
