@@ -65,7 +65,7 @@ void MountFolder() {
 }
 void LogFolderIsReadOnly() {
   MountFolder();
-  ASSERT_EQ(0, mount(nullptr, kFolder, nullptr, MS_REMOUNT | MS_RDONLY, nullptr));
+  ASSERT_EQ(0, mount("", kFolder, "", MS_REMOUNT | MS_RDONLY, nullptr));
 }
 void LogFolderIsFull() {
   MountFolder();

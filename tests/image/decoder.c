@@ -1,7 +1,7 @@
 /* Photo decoders that behave and misbehave; BEHAVIOUR names which. */
 #include <string.h>
 
-#define PIXELS_SIZE (102 * 126 * 3)
+#define PIXELS_SIZE ((size_t)102 * 126 * 3)
 
 #define GOOD 0
 #define FAILING 1
@@ -22,12 +22,12 @@ __attribute__((visibility("default"))) int unpack(unsigned char* photo, unsigned
   memcpy(pixels, photo, 3);
   return mode;
 #else
-  for (int i = 0; i < PIXELS_SIZE; ++i)
-    pixels[i] = (unsigned char)(photo[i % 1024] + i / 1024 + mode);
+  for (size_t i = 0; i < PIXELS_SIZE; ++i)
+    pixels[i] = (unsigned char)(photo[i % 1024] + (int)(i / 1024) + mode);
 #if BEHAVIOUR == WRITING_TOO_MUCH
   pixels[PIXELS_SIZE] = 0;
 #elif BEHAVIOUR == WRITING_FAR_TOO_MUCH
-  memset(pixels + PIXELS_SIZE, 0, 64 * 1024);
+  memset(pixels + PIXELS_SIZE, 0, 65536);
 #endif
   return mode;
 #endif

@@ -49,7 +49,7 @@ std::string HexToAsc(const Bytes& bytes, int count) {
   std::string out(64, '#');
   EXPECT_EQ(0, Str_HexToAsc(bytes.data(), count, out.data()));
   EXPECT_EQ('#', out[out.find('\0') + 1]) << "wrote too much";
-  return out.c_str();
+  return out.substr(0, out.find('\0'));
 }
 
 using Padded = int (*)(const char*, int, unsigned char*, int);
@@ -302,7 +302,7 @@ TEST(StrAsciiToCn, CutsToTheFirstCharacters) {
 
 TEST(StrAsciiToBcd, TakesOutputsOfAnySize) {
   constexpr int kBytes = 100000;
-  std::string text(2 * kBytes, '7');
+  std::string text(std::size_t{2} * kBytes, '7');
   Bytes out(kBytes + 1, 0xEE);
 
   for (const Padded function : {Str_AsciiToBcd, Str_AsciiToCn}) {

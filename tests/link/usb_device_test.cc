@@ -135,11 +135,14 @@ TEST_F(NoUsbReader, LogsEveryTry) {
     expected.push_back("2: [COMM_Zel_OpenReader]Start ");
     expected.push_back("3: ICC_OpenLinuxTransPort");
     expected.push_back("3: TYPE_USBLIB_HID");
-    expected.push_back("3: openHid:" + vendor + "," + product + "\n");
+    expected.push_back(std::string("3: openHid:").append(vendor).append(",").append(product) +
+                       "\n");
     expected.push_back("3: get hiddev err!\n");
     expected.push_back("2!: [COMM_Zel_OpenReader]End nRet = -50  ");
     if (vendor[0] == '0') vendor.erase(0, 1);
-    expected.push_back("3!: ICC_OpenTransPort: PID=" + product + ",VID=" + vendor + ", nRet=-50");
+    expected.push_back(
+        std::string("3!: ICC_OpenTransPort: PID=").append(product).append(",VID=").append(vendor) +
+        ", nRet=-50");
     if (i < 6) expected.push_back("3: [ICC_CloseLinuxTransPort] Start ");  // not after the last
   }
   EXPECT_EQ(expected, WithoutEmptyLines(Logged()));

@@ -215,7 +215,7 @@ const char* ModelValue(const std::string& file, const std::string& section, cons
     line.push_back(c);
     if (c != '\n') continue;
     line.back() = '\0';
-    const std::string text = line.c_str();
+    const std::string text = line.substr(0, line.find('\0'));
     line.clear();
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || !is_inside) {

@@ -157,7 +157,7 @@ TEST(ModelOfStrAsciiToBcd, IsEqual) {
     Outputs<2048> out(random);
 
     const int library = Str_AsciiToBcd(text.data(), SizeOf(text), out.library(), n);
-    const auto wanted = static_cast<std::size_t>(2 * n);
+    const auto wanted = std::size_t{2} * static_cast<unsigned>(n);
     std::string padded = text.substr(0, wanted);
     padded.insert(0, wanted - padded.size(), '0');
     ModelAscToHex(padded, out.model());
@@ -174,7 +174,7 @@ TEST(ModelOfStrAsciiToCn, IsEqual) {
 
     const int library = Str_AsciiToCn(text.data(), SizeOf(text), out.library(), n);
     std::string padded = text;
-    padded.resize(static_cast<std::size_t>(2 * n), 'F');
+    padded.resize(std::size_t{2} * static_cast<unsigned>(n), 'F');
     ModelAscToHex(padded, out.model());
 
     return Equal(n, library) && out.AreEqual();

@@ -32,16 +32,6 @@ bool HaveShell(const std::string& shell) {
 #define NEEDS_SHELL(name) \
   if (!HaveShell(name)) GTEST_SKIP() << "this machine has no " << name
 
-// Standard output of a shell of this machine, which is not a program of this build.
-std::string OutputOf(const std::string& command) {
-  FILE* pipe = popen(command.c_str(), "r");
-  std::string text;
-  char piece[4096];
-  while (std::size_t got = std::fread(piece, 1, sizeof piece, pipe)) text.append(piece, got);
-  pclose(pipe);
-  return text;
-}
-
 std::string RunScript(const std::string& shell, const std::string& script) {
   const std::string file = TemporaryFolder() + "/script";
   WriteWholeFile(file, script);
@@ -74,7 +64,7 @@ std::string BashOffers(const std::string& source, const std::string& line) {
 
 // A folder with a program "qlid" that prints the completion scripts, for the search path.
 std::string FolderWithQlid() {
-  const std::string folder = TemporaryFolder();
+  std::string folder = TemporaryFolder();
   WriteWholeFile(folder + "/qlid", "#!/bin/sh\ncat " + folder + "/completion.$2\n");
   std::filesystem::permissions(folder + "/qlid", std::filesystem::perms::owner_all);
   return folder;

@@ -13,7 +13,7 @@
 namespace {
 
 std::string SavedAnswer(const simulator::Bytes& answer) {
-  const std::string file = TemporaryFolder() + "/card.bin";
+  std::string file = TemporaryFolder() + "/card.bin";
   WriteWholeFile(file, Text(answer));
   return file;
 }

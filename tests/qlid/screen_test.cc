@@ -15,15 +15,6 @@ namespace {
 #define NEEDS_TMUX() \
   if (!std::filesystem::exists("/usr/bin/tmux")) GTEST_SKIP() << "this machine has no tmux"
 
-std::string OutputOf(const std::string& command) {
-  FILE* pipe = popen(command.c_str(), "r");
-  std::string text;
-  char piece[4096];
-  while (const std::size_t got = std::fread(piece, 1, sizeof piece, pipe)) text.append(piece, got);
-  pclose(pipe);
-  return text;
-}
-
 int Count(const std::string& text, const std::string& part) {
   int count = 0;
   for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++count;

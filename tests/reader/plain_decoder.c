@@ -5,6 +5,6 @@ int unpack(const unsigned char* photo, unsigned char* pixels, int mode);
 
 int unpack(const unsigned char* photo, unsigned char* pixels, int mode) {
   if (mode != 608 || photo[0] == 0xEE) return 0;
-  memset(pixels, 0x80, 102 * 126 * 3);
+  memset(pixels, 0x80, (size_t)102 * 126 * 3);
   return 1;
 }

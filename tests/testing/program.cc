@@ -11,6 +11,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <sstream>
 #include <utility>
 
@@ -163,4 +164,17 @@ Output Program::Finish() {
 Output RunProgram(std::vector<std::string> words, const std::vector<std::string>& environment) {
   Program program(std::move(words), environment);
   return program.Finish();
+}
+
+std::string OutputOf(const std::string& command, int* status) {
+  std::string text;
+  FILE* const pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) return "cannot be started";
+  std::array<char, 4096> piece;
+  while (const std::size_t got = std::fread(piece.data(), 1, piece.size(), pipe)) {
+    text.append(piece.data(), got);
+  }
+  const int ended = pclose(pipe);
+  if (status != nullptr) *status = ended;
+  return text;
 }

@@ -58,4 +58,7 @@ class Program {
 // Runs a program to its end.
 Output RunProgram(std::vector<std::string> words, const std::vector<std::string>& environment = {});
 
+// Standard output of a command line that a shell of the machine runs; its wait status where asked.
+std::string OutputOf(const std::string& command, int* status = nullptr);
+
 #endif

@@ -1,25 +1,13 @@
 // A C99 program that knows the public headers and the library alone.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 #include "simulator/tty_reader.h"
+#include "tests/testing/program.h"
 
 namespace {
 
 using simulator::MakeCard;
 using simulator::TtyReader;
-
-std::string OutputOf(const std::string& command, int* status) {
-  std::string output;
-  FILE* program = popen(command.c_str(), "r");  // NOLINT(cert-env33-c): the test's own words
-  if (program == nullptr) return "cannot be started";
-  for (int c = std::fgetc(program); c != EOF; c = std::fgetc(program)) {
-    output.push_back(static_cast<char>(c));
-  }
-  *status = pclose(program);
-  return output;
-}
 
 TEST(CProgram, ReadsACard) {
   TtyReader reader;
