@@ -134,7 +134,7 @@ TEST(ChineseHelp, SaysWhatAnOptionTakes) {
   EXPECT_TRUE(Contains(read, "-t,--timeout 整数（1 至 120；默认 10；环境变量 QLID_TIMEOUT）"))
       << read;
   EXPECT_TRUE(Contains(read, "--kind 文本（any,resident,foreigner,permit,gat；默认 any）")) << read;
-  EXPECT_TRUE(Contains(read, "--redact（不与 --record 同用）")) << read;
+  EXPECT_TRUE(Contains(read, "--json（不与 --picture 同用）")) << read;
   EXPECT_TRUE(Contains(decode, "用法：qlid decode [选项] 文件\n")) << decode;
   EXPECT_TRUE(Contains(decode, "文件（必需）")) << decode;
 }
