@@ -130,7 +130,7 @@ QL_API int tFuncConvertStruct2Collect(const PERSONINFO_CHA_FP* china,
  *  record that a card can give, with fingerprints and photo. A record whose text is longer, because
  *  the caller filled it with characters that JSON escapes, is refused with -1 and nothing written.
  *  Without memory for the text the result is -1 and the output an empty text; a photo that was
- * asked for is then added by the next packer.
+ *  asked for is then added by the next packer.
  *
  *  Readers look keys up in any letter case and cut a value at its field's width.
  *  @{ */
