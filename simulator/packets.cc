@@ -6,7 +6,6 @@
 namespace simulator {
 namespace {
 
-constexpr std::array<std::uint8_t, 5> kPreamble = {0xAA, 0xAA, 0xAA, 0x96, 0x69};
 constexpr std::size_t kFrameHead = 7;      // preamble and length
 constexpr std::size_t kLongestFrame = 64;  // a longer one is noise: commands take 10 bytes
 constexpr std::size_t kLongestPacket = 2048;
@@ -45,12 +44,6 @@ constexpr PacketForm kPacketForms[] = {
     {0x02, 0x03, "card check"  },
     {0x01, 0x04, "channel data"},
 };
-
-std::uint8_t Xor(std::span<const std::uint8_t> bytes) {
-  std::uint8_t sum = 0;
-  for (const std::uint8_t byte : bytes) sum = static_cast<std::uint8_t>(sum ^ byte);
-  return sum;
-}
 
 Request Take(Bytes* received, std::size_t size, RequestKind kind, std::string meaning) {
   Request request;
@@ -150,6 +143,17 @@ std::optional<Request> TakePacket(Bytes* received, const PacketForm& form) {
 }
 
 }  // namespace
+
+bool HasPreamble(std::span<const std::uint8_t> bytes) {
+  return bytes.size() >= kPreamble.size() &&
+         std::equal(kPreamble.begin(), kPreamble.end(), bytes.begin());
+}
+
+std::uint8_t Xor(std::span<const std::uint8_t> bytes) {
+  std::uint8_t sum = 0;
+  for (const std::uint8_t byte : bytes) sum = static_cast<std::uint8_t>(sum ^ byte);
+  return sum;
+}
 
 Bytes ModuleFrame(std::span<const std::uint8_t> content) {
   Bytes frame(kPreamble.begin(), kPreamble.end());

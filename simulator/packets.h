@@ -2,6 +2,8 @@
 #ifndef QUILLONID_SIMULATOR_PACKETS_H
 #define QUILLONID_SIMULATOR_PACKETS_H
 
+#include <array>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -10,8 +12,14 @@
 
 namespace simulator {
 
-// Preamble AA AA AA 96 69, length (2 bytes, big-endian, of what follows), content, XOR of the bytes
-// from offset 5 on.
+// What every card-module frame begins with.
+inline constexpr std::array<std::uint8_t, 5> kPreamble = {0xAA, 0xAA, 0xAA, 0x96, 0x69};
+bool HasPreamble(std::span<const std::uint8_t> bytes);
+
+std::uint8_t Xor(std::span<const std::uint8_t> bytes);
+
+// Preamble, length (2 bytes, big-endian, of what follows), content, XOR of the bytes from offset 5
+// on.
 Bytes ModuleFrame(std::span<const std::uint8_t> content);
 
 // Head, pairs of characters 30..3F for length, status, payload and XOR of the two, end. The length

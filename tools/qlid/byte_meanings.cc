@@ -12,12 +12,12 @@
 #include <string_view>
 
 #include "carddata/layout.h"
+#include "simulator/packets.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
 namespace {
 
-constexpr std::array<std::uint8_t, 5> kPreamble = {0xAA, 0xAA, 0xAA, 0x96, 0x69};
 constexpr std::array<std::uint8_t, 3> kReadDone = {0x00, 0x00, 0x90};
 constexpr std::size_t kPhotoSize = 1024;
 constexpr std::size_t kTemplatesSize = 1024;
@@ -163,8 +163,8 @@ void WalkText(const Card& card, Walk* walk) {
 }
 
 void WalkCheckByte(const std::vector<std::uint8_t>& native, Walk* walk) {
-  std::uint8_t right = 0;
-  for (std::size_t i = kChecked; i + 1 < native.size(); ++i) right ^= native[i];
+  const std::uint8_t right =
+      simulator::Xor(std::span(native).subspan(kChecked, native.size() - 1 - kChecked));
   ByteMeaning& row = walk->Take(1, Tr("check byte", "校验字节"), Tr("right", "正确"));
   if (row.bytes[0] == right) return;
   row.impossible = true;
@@ -192,7 +192,7 @@ std::vector<ByteMeaning> ByteMeanings(const Card& card) {
   const std::size_t size = card.native.size();
   const std::size_t templates = size == kSizeWithTemplates ? kTemplatesSize : 0;
   Walk walk(card);
-  walk.TakeFixed(kPreamble, Tr("preamble", "前导"));
+  walk.TakeFixed(simulator::kPreamble, Tr("preamble", "前导"));
   walk.TakeLength(size - 7, Tr("length of what follows, big-endian", "其后长度，大端"));
   walk.TakeFixed(kReadDone, Tr("status: read done", "状态：读取完成"));
   walk.TakeLength(kCardTextSize, Tr("length of the text", "文字长度"));

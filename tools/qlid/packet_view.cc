@@ -15,19 +15,13 @@
 namespace qlid {
 namespace {
 
+using simulator::kPreamble;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::array<std::uint8_t, 5> kPreamble = {0xAA, 0xAA, 0xAA, 0x96, 0x69};
 constexpr std::size_t kCommandLength = 3;   // command, parameter and check byte
 constexpr std::size_t kLongestBody = 1024;  // characters between head and end
 constexpr std::size_t kPayloadSize = 1020;
 constexpr std::size_t kBytesShown = 8;
-
-std::uint8_t ExclusiveOr(std::span<const std::uint8_t> bytes) {
-  std::uint8_t check = 0;
-  for (const std::uint8_t byte : bytes) check ^= byte;
-  return check;
-}
 
 std::string HexText(std::span<const std::uint8_t> bytes) {
   std::string text;
@@ -123,7 +117,7 @@ void WalkBody(std::size_t size, Walk* walk, PacketView* view) {
     checked.insert(checked.end(), payload.begin(), payload.end());
   }
   const Bytes check = Merged(walk->Take(2, Tr("check byte", "校验字节")));
-  TellCheckByte(ExclusiveOr(checked), check[0], walk, view);
+  TellCheckByte(simulator::Xor(checked), check[0], walk, view);
 }
 
 // What only the number of characters between head and end says.
@@ -227,7 +221,7 @@ void ViewModuleFrame(const Bytes& bytes, PacketView* view) {
     walk.TakePersonal(data, Tr("data", "数据"), Format(Tr("%zu bytes", "%zu 字节"), data));
   }
   const auto check = walk.Take(1, Tr("check byte", "校验字节"));
-  const std::uint8_t right = ExclusiveOr(std::span(bytes).subspan(kPreamble.size(), length + 1));
+  const std::uint8_t right = simulator::Xor(std::span(bytes).subspan(kPreamble.size(), length + 1));
   view->meaning = TrafficText(ModuleMeaning(bytes, command));
   if (IsUnsupported(bytes)) {
     walk.last().value = Tr("45, as this answer has it", "45，此应答如此");
@@ -241,8 +235,7 @@ void ViewModuleFrame(const Bytes& bytes, PacketView* view) {
 
 PacketView ViewPacket(const std::vector<std::uint8_t>& bytes) {
   PacketView view;
-  if (bytes.size() >= kPreamble.size() &&
-      std::equal(kPreamble.begin(), kPreamble.end(), bytes.begin())) {
+  if (simulator::HasPreamble(bytes)) {
     ViewModuleFrame(bytes, &view);
     return view;
   }

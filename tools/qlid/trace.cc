@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "simulator/packets.h"
 #include "tools/qlid/simulator_text.h"
 #include "tools/qlid/terminal.h"
 
@@ -13,7 +14,6 @@ namespace {
 using Microseconds = std::chrono::microseconds;
 using simulator::RequestKind;
 
-constexpr std::array<std::uint8_t, 5> kPreamble = {0xAA, 0xAA, 0xAA, 0x96, 0x69};
 constexpr std::size_t kHead = 10;  // preamble, length, status
 
 // What a card module's answer says: its status bytes, at least so many bytes in all.
@@ -37,7 +37,7 @@ constexpr AnswerRow kAnswers[] = {
 // Bytes of the answer at the front; 0 while it is not known or not all there.
 std::size_t AnswerSize(const simulator::Bytes& bytes) {
   if (bytes.size() < 7) return 0;
-  if (!std::equal(kPreamble.begin(), kPreamble.end(), bytes.begin())) return bytes.size();
+  if (!simulator::HasPreamble(bytes)) return bytes.size();
   const std::size_t size = 7 + bytes[5] * 256U + bytes[6];
   return bytes.size() >= size ? size : 0;
 }
@@ -60,8 +60,7 @@ Part PartOf(RequestKind kind) {
 }  // namespace
 
 const char* AnswerMeaning(const simulator::Bytes& bytes) {
-  if (bytes.size() < kHead || !std::equal(kPreamble.begin(), kPreamble.end(), bytes.begin()))
-    return "bytes of no frame";
+  if (bytes.size() < kHead || !simulator::HasPreamble(bytes)) return "bytes of no frame";
   for (const AnswerRow& row : kAnswers) {
     if (bytes.size() >= row.least &&
         std::equal(row.status.begin(), row.status.end(), bytes.begin() + 7)) {
