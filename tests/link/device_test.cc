@@ -1,4 +1,4 @@
-// Opening and closing a serial device, its baud rate, and the exchange of identity-card commands.
+// Opening and closing a serial device, its baud rate, and the card reader's own channel.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -30,10 +30,8 @@ std::function<void()> s_before_second;
 
 constexpr int kRaise = 1;
 
-class Device : public testing::Test {
+class Device : public SerialDevice {
  protected:
-  int Open(int baud = 9600) { return tFuncOpenDevice(tty_.path().c_str(), "", baud, 0, 5); }
-
   // Opens with the flag set. The reader has to hear `command` before it is reached again; and
   // opening discards what the other end of a pseudo-terminal has not fetched yet.
   int OpenAndRaise(int baud, const std::string& command) {
@@ -46,25 +44,11 @@ class Device : public testing::Test {
     return result;
   }
 
-  // Everything that the library sent, as hex text. Closes the device.
-  std::string Sent() {
-    tFuncCloseDevice();
-    return HexText(tty_.ReceiveRest());
-  }
-
   speed_t Speed() const {
     const termios settings = tty_.Settings();
     return cfgetospeed(&settings);
   }
-
-  Pty tty_;
 };
-
-// A whole identity-card answer of `size` bytes behind its head.
-std::string Answer(std::size_t size, char fill = 'x') {
-  return std::string("\xAA\xAA\xAA\x96\x69", 5) + static_cast<char>(size / 256) +
-         static_cast<char>(size % 256) + std::string(size, fill);
-}
 
 }  // namespace
 
@@ -375,167 +359,4 @@ TEST_F(Device, ProbesWithAWriteThatASerialPortRefuses) {
   EXPECT_EQ(1, COMM_Id_CardReaderSynBps(&description));
 
   EXPECT_EQ("", Sent());
-}
-
-TEST(IdEndCondition, WaitsForTheAnnouncedBytes) {
-  std::string whole = Answer(1416);
-  ASSERT_EQ(1423u, whole.size());
-
-  for (int count = -1; count < 1423; ++count) {
-    ASSERT_EQ(-1, IdEndCondition(Octets(whole), count)) << count;
-  }
-  EXPECT_EQ(0, IdEndCondition(Octets(whole), 1423));
-  EXPECT_EQ(0, IdEndCondition(Octets(whole), 4096));
-  EXPECT_EQ(-1, IdEndCondition(nullptr, 7));
-}
-
-TEST(IdEndCondition, ReadsTheLengthUnsigned) {
-  const std::string head = Answer(0x90FF).substr(0, 7);
-
-  EXPECT_EQ(-1, IdEndCondition(Octets(head), 4096));
-  EXPECT_EQ(-1, IdEndCondition(Octets(head), 7 + 0x90FE));
-  EXPECT_EQ(0, IdEndCondition(Octets(head), 7 + 0x90FF));
-}
-
-TEST(IdEndCondition, IsMetByAHeadThatAnnouncesNothing) {
-  EXPECT_EQ(0, IdEndCondition(Octets(Answer(0)), 7));
-}
-
-TEST_F(Device, ExchangesAnIdentityCardCommand) {
-  unsigned char reply[32] = {};
-  ASSERT_EQ(0, Open());
-  tty_.Send(Answer(4));
-
-  EXPECT_EQ(11, Dev_Zel_IdSendAndReciveData(0, Octets("command"), 7, reply, 32));
-
-  EXPECT_EQ(HexText(Answer(4)), HexText(reply, 11));
-  EXPECT_EQ("63 6F 6D 6D 61 6E 64", Sent());
-}
-
-TEST_F(Device, KeepsTheEndConditionInModeOne) {
-  unsigned char reply[32] = {};
-  ASSERT_EQ(0, Open());
-  COMM_Zel_SetEndCondition([](const unsigned char*, int count) { return count >= 2 ? 0 : -1; });
-  tty_.Send("ok");
-
-  EXPECT_EQ(2, Dev_Zel_IdSendAndReciveData(1, Octets("command"), 7, reply, 32));
-
-  tty_.Send(Answer(4));
-  EXPECT_EQ(11, Dev_Zel_IdSendAndReciveData(2, Octets("command"), 7, reply, 32));
-}
-
-TEST_F(Device, CutsAnAnswerToTheBuffer) {
-  unsigned char reply[32] = {};
-  ASSERT_EQ(0, Open());
-  tty_.Send(Answer(20));
-
-  EXPECT_EQ(8, Dev_Zel_IdSendAndReciveData(0, Octets("command"), 7, reply, 8));
-
-  EXPECT_EQ(HexText(Answer(20).substr(0, 8)), HexText(reply, 8));
-  EXPECT_EQ(0, reply[8]);
-}
-
-TEST_F(Device, SendsNoCommandOfSenselessLength) {
-  unsigned char reply[32] = {};
-  const std::string command(2000, 'x');
-  ASSERT_EQ(0, Open());
-
-  EXPECT_EQ(RET_PUB_WRITE_ERROR, Dev_Zel_IdSendAndReciveData(0, nullptr, 7, reply, 32));
-  EXPECT_EQ(RET_PUB_WRITE_ERROR, Dev_Zel_IdSendAndReciveData(0, Octets(command), 0, reply, 32));
-  EXPECT_EQ("", Sent());
-}
-
-TEST_F(Device, TakesRoomsBeyondTheRangeOfInt) {
-  unsigned char reply[4096] = {};
-  ASSERT_EQ(0, Open());
-  tty_.Send(Answer(4));
-
-  EXPECT_EQ(11, Dev_Zel_IdSendAndReciveData(0, Octets("command"), 7, reply, UINT_MAX));
-}
-
-TEST_F(Device, ReadsOneMoreAnswer) {
-  unsigned char reply[32] = {};
-  ASSERT_EQ(0, Open());
-  tty_.Send(Answer(4));
-
-  EXPECT_EQ(11, Dev_Zel_IdReciveData(reply, 32));
-  EXPECT_EQ(0, Dev_Zel_IdReciveData(reply, 0));
-
-  EXPECT_EQ(HexText(Answer(4)), HexText(reply, 11));
-}
-
-TEST_F(Device, LogsAnIdentityCardExchange) {
-  NEEDS_PRIVATE_ROOT();
-  unsigned char reply[32] = {};
-  ASSERT_EQ(0, Open());
-  tty_.Send(Answer(1, '!'));
-  SwitchLogging(true);
-
-  Dev_Zel_IdSendAndReciveData(0, Octets("c"), 1, reply, 32);
-
-  EXPECT_EQ((Lines{
-                "3: Dev_Zel_IdSendAndReciveData START",
-                "3: 1111",
-                "2: [COMM_Zel_SetHidClearZero] Start!\n",
-                "3: [COMM_Dev_SetHidClearZero] Start ",
-                "3: [COMM_Dev_SetHidClearZero] end ",
-                "2: [COMM_Zel_SetHidClearZero] end!\n",
-                "3: 1112",
-                "3: 222",
-                "2: [COMM_Zel_SetEndCondition ] Start",
-                "3: 333",
-                "2: [ COMM_Zel_SendAndReciveData ] Start ",
-                "2: nSendLen 1 ",
-                "2: nMaxReciveBufLen 32 ",
-                "2: [COMM_Zel_ReSetStatus]Start ",
-                "2: nDataLen = 1",
-                "3: [ICC_WriteDataToLinuxTransPort] Start ",
-                "2: [ COMM_Zel_ReadDataFromReader ] Start ",
-                "2: [COMM_Zel_ReSetStatus]Start ",
-                "PACKGET READ: AA AA AA 96 69 00 01 21",
-                "2: ==> nReadLen = 8 ",
-                "== ucPacket: AA AA AA 96 69 00 01 21",
-                "2: nretval = 8 ",
-                "2: [COMM_Zel_SetHidClearZero] Start!\n",
-                "3: [COMM_Dev_SetHidClearZero] Start ",
-                "3: [COMM_Dev_SetHidClearZero] end ",
-                "2: [COMM_Zel_SetHidClearZero] end!\n",
-            }),
-            Logged());
-}
-
-TEST_F(Device, LogsNoEndConditionInModeOne) {
-  NEEDS_PRIVATE_ROOT();
-  SwitchLogging(true);
-
-  Dev_Zel_IdSendAndReciveData(1, Octets("c"), 1, nullptr, 0);
-
-  EXPECT_EQ(0u, CountLogged("3: 222"));
-  EXPECT_EQ(0u, CountLogged("3: 333"));
-  EXPECT_EQ(0u, CountLogged("2: [COMM_Zel_SetEndCondition ] Start"));
-}
-
-TEST_F(Device, IsCancelledFromAnotherThread) {
-  unsigned char reply[32] = {};
-  ASSERT_EQ(0, Open());
-  std::thread cancel([] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    EXPECT_EQ(0, Dev_Zel_IdCardCancel());
-  });
-
-  EXPECT_EQ(RET_PUB_CANCEL, Dev_Zel_IdReciveData(reply, 32));
-
-  cancel.join();
-  tFuncCloseDevice();
-}
-
-TEST_F(Device, LogsACancel) {
-  NEEDS_PRIVATE_ROOT();
-  SwitchLogging(true);
-
-  EXPECT_EQ(-1, Dev_Zel_IdCardCancel()) << "nothing was ever open";
-
-  EXPECT_EQ((Lines{"3: [COMM_Id_CancelRead] Start ", "2: [COMM_Zel_Cancel] Start ",
-                   "2: [COMM_Zel_Cancel] Start "}),
-            Logged());
 }

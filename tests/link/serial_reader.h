@@ -25,6 +25,12 @@ inline const unsigned char* Octets(std::string_view bytes) {
   return reinterpret_cast<const unsigned char*>(bytes.data());
 }
 
+// A whole identity-card answer of `size` bytes behind its head.
+inline std::string Answer(std::size_t size, char fill = 'x') {
+  return std::string("\xAA\xAA\xAA\x96\x69", 5) + static_cast<char>(size / 256) +
+         static_cast<char>(size % 256) + std::string(size, fill);
+}
+
 class SerialReader : public testing::Test {
  protected:
   void SetUp() override {
@@ -40,6 +46,20 @@ class SerialReader : public testing::Test {
   }
 
   static constexpr int kSeconds = 5;
+  Pty tty_;
+};
+
+// A device on a pseudo-terminal; the test plays the reader.
+class SerialDevice : public testing::Test {
+ protected:
+  int Open(int baud = 9600) { return tFuncOpenDevice(tty_.path().c_str(), "", baud, 0, 5); }
+
+  // Everything that the library sent, as hex text. Closes the device.
+  std::string Sent() {
+    tFuncCloseDevice();
+    return HexText(tty_.ReceiveRest());
+  }
+
   Pty tty_;
 };
 
