@@ -242,7 +242,7 @@ void Compile(const std::string& source, const std::string& charset, const std::s
   const std::string command =
       "localedef -c -i " + source + " -f " + charset + " " + target + " >/dev/null 2>&1";
   // The test's own words.
-  [[maybe_unused]] const int status = std::system(command.c_str());  // NOLINT(cert-env33-c)
+  [[maybe_unused]] const int status = std::system(command.c_str());
 }
 
 class ReadInLocale : public testing::TestWithParam<Locale> {};

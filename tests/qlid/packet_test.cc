@@ -2,23 +2,12 @@
 // framing or written out as the protocol has them.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 #include "simulator/packets.h"
 #include "tests/qlid/bench.h"
+#include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
 
 namespace {
-
-std::string Hex(const simulator::Bytes& bytes) {
-  std::string text;
-  for (const std::uint8_t byte : bytes) {
-    char pair[3];
-    std::snprintf(pair, sizeof pair, "%02X", byte);
-    text += pair;
-  }
-  return text;
-}
 
 Output Decode(const std::string& bytes, std::vector<std::string> more = {}) {
   more.insert(more.begin(), {"decode", "--packet", bytes});
@@ -52,7 +41,7 @@ simulator::Bytes Packet() { return simulator::PacketReply(0x01, 0x04, 0x9000, kP
 }  // namespace
 
 TEST(QlidDecodePacket, NamesTheFieldsOfAReaderPacket) {
-  const Json document = Fields(Hex(Packet()));
+  const Json document = Fields(HexText(Packet()));
 
   EXPECT_EQ("qlid.packet/1", Member(document.get(), "schema"));
   EXPECT_EQ("true", Member(document.get(), "ok"));
@@ -70,8 +59,8 @@ TEST(QlidDecodePacket, NamesTheFieldsOfAReaderPacket) {
 TEST(QlidDecodePacket, TakesPacketsOfEitherChannelAndAnySize) {
   for (const std::size_t size : {0U, 1U, 2U, 300U}) {
     const simulator::Bytes payload(size, 0x5A);
-    EXPECT_EQ(0, Decode(Hex(simulator::PacketReply(0x01, 0x04, 0, payload))).exit) << size;
-    EXPECT_EQ(0, Decode(Hex(simulator::PacketReply(0x02, 0x03, 0, payload))).exit) << size;
+    EXPECT_EQ(0, Decode(HexText(simulator::PacketReply(0x01, 0x04, 0, payload))).exit) << size;
+    EXPECT_EQ(0, Decode(HexText(simulator::PacketReply(0x02, 0x03, 0, payload))).exit) << size;
   }
 }
 
@@ -82,7 +71,7 @@ TEST(QlidDecodePacket, FindsEveryChangedNibbleThatTheCheckByteCovers) {
     simulator::Bytes changed = packet;
     changed[at] ^= 0x08;
 
-    const Output output = Decode(Hex(changed));
+    const Output output = Decode(HexText(changed));
 
     EXPECT_EQ(5, output.exit) << at;
     EXPECT_TRUE(Contains(output.err, "a reader packet failed its check (-4)")) << output.err;
@@ -94,7 +83,7 @@ TEST(QlidDecodePacket, FindsEveryChangedNibbleThatTheCheckByteCovers) {
 TEST(QlidDecodePacket, FindsAPacketThatIsCutOff) {
   const simulator::Bytes packet = Packet();
   for (std::size_t size = 1; size < packet.size(); ++size) {
-    const Json document = Fields(Hex({packet.begin(), packet.begin() + static_cast<long>(size)}));
+    const Json document = Fields(HexText(packet.data(), size));
 
     EXPECT_EQ("no end byte 04 behind the head at offset 0", Where(document)) << size;
   }
@@ -118,7 +107,7 @@ TEST(QlidDecodePacket, TellsALengthThatIsNotWhatCame) {
   simulator::Bytes packet = Packet();
   packet[4] = 0x37;
 
-  const Json document = Fields(Hex(packet));
+  const Json document = Fields(HexText(packet));
 
   EXPECT_EQ("true", Member(document.get(), "ok"));
   EXPECT_EQ("1 length 7 bytes, but 5 came", Rows(document).at(1));
@@ -171,8 +160,8 @@ TEST(QlidDecodePacket, TakesBytesFromAFileAsTheyAreOrAsText) {
   const std::string raw = TemporaryFolder() + "/packet.bin";
   const std::string text = TemporaryFolder() + "/packet.txt";
   WriteWholeFile(raw, Text(Packet()));
-  WriteWholeFile(text, Hex(Packet()) + "\n");
-  const Output named = Decode(Hex(Packet()));
+  WriteWholeFile(text, HexText(Packet()) + "\n");
+  const Output named = Decode(HexText(Packet()));
 
   EXPECT_EQ(named.out, Decode(raw).out);
   EXPECT_EQ(named.out, Decode(text).out);
@@ -188,9 +177,10 @@ TEST(QlidDecodePacket, RefusesWhatIsNeitherAFileNorHexadecimal) {
 }
 
 TEST(QlidDecodePacket, MasksWhatMayBeTheHolders) {
-  const Output packet = Decode(Hex(Packet()), {"--redact"});
-  const Output answer = Decode(Hex(simulator::NativeData(simulator::MakeCard("resident"), false)),
-                               {"--redact", "--json"});
+  const Output packet = Decode(HexText(Packet()), {"--redact"});
+  const Output answer =
+      Decode(HexText(simulator::NativeData(simulator::MakeCard("resident"), false)),
+             {"--redact", "--json"});
 
   EXPECT_EQ(0, packet.exit);
   EXPECT_FALSE(Contains(packet.out, "AB")) << packet.out;
