@@ -167,6 +167,19 @@ TEST(QlidDecodePacket, TakesBytesFromAFileAsTheyAreOrAsText) {
   EXPECT_EQ(named.out, Decode(text).out);
 }
 
+TEST(QlidDecodePacket, TakesBytesFromStandardInput) {
+  for (const std::string& bytes : {Text(Packet()), HexText(Packet()) + "\n"}) {
+    Program decode(Qlid({"decode", "--packet", "-"}));
+    decode.Type(bytes);
+    decode.EndInput();
+
+    const Output piped = decode.Finish();
+
+    EXPECT_EQ(0, piped.exit) << piped.err;
+    EXPECT_EQ(Decode(HexText(Packet())).out, piped.out);
+  }
+}
+
 TEST(QlidDecodePacket, RefusesWhatIsNeitherAFileNorHexadecimal) {
   for (const char* wrong : {"/quillonid-none", "02 3", "02 3G", ""}) {
     const Output output = Decode(wrong);

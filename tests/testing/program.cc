@@ -124,6 +124,11 @@ void Program::Type(const std::string& text) const {
   if (write(in_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) abort();
 }
 
+void Program::EndInput() {
+  close(in_);
+  in_ = -1;
+}
+
 bool Program::Pump(int milliseconds) {
   pollfd ends[] = {
       {out_, POLLIN, 0},

@@ -18,7 +18,7 @@ class Program {
   // Starts a program of this build with its arguments, words[0] being its path. `environment`
   // entries are "NAME=value". With `terminal` standard error is a pseudo-terminal, with `keyboard`
   // too standard input and output, and it is the program's controlling one. Standard input is
-  // empty, or what is written to `Type`.
+  // what is given to `Type`; it stays open until `EndInput`.
   explicit Program(std::vector<std::string> words, const std::vector<std::string>& environment = {},
                    bool terminal = false, bool keyboard = false);
   Program(const Program&) = delete;
@@ -33,6 +33,9 @@ class Program {
 
   // Writes to its standard input.
   void Type(const std::string& text) const;
+
+  // Ends its standard input.
+  void EndInput();
 
   // Waits until standard output or standard error holds `text`, so many times; false when 20 s pass
   // or the program ends first.
