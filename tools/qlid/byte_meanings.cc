@@ -1,18 +1,16 @@
 #include "tools/qlid/byte_meanings.h"
 
-#include <cjson/cJSON.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <memory>
 #include <span>
 #include <string_view>
 
 #include "carddata/layout.h"
 #include "simulator/packets.h"
+#include "tools/qlid/json_document.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -238,9 +236,9 @@ cJSON* ByteMeaningsArray(const std::vector<ByteMeaning>& meanings, bool redact) 
     cJSON_AddNumberToObject(object, "offset", static_cast<double>(row.offset));
     cJSON_AddNumberToObject(object, "size", static_cast<double>(row.bytes.size()));
     const std::string hex = HexOf(row, row.bytes.size(), redact && row.personal);
-    cJSON_AddStringToObject(object, "hex", hex.c_str());
-    cJSON_AddStringToObject(object, "meaning", row.meaning.c_str());
-    cJSON_AddStringToObject(object, "value", row.value.c_str());
+    AddText(object, "hex", hex);
+    AddText(object, "meaning", row.meaning);
+    AddText(object, "value", row.value);
     cJSON_AddBoolToObject(object, "possible", !row.impossible);
   }
   return rows;
@@ -248,14 +246,10 @@ cJSON* ByteMeaningsArray(const std::vector<ByteMeaning>& meanings, bool redact) 
 
 void PrintByteMeaningsJson(const Card& card, const std::vector<ByteMeaning>& meanings,
                            bool redact) {
-  const std::unique_ptr<cJSON, decltype(&cJSON_Delete)> document(cJSON_CreateObject(),
-                                                                 cJSON_Delete);
-  cJSON_AddStringToObject(document.get(), "schema", "qlid.explain/1");
+  const Json document = NewDocument("qlid.explain/1");
   cJSON_AddStringToObject(document.get(), "kind", KindName(card.kind));
   cJSON_AddItemToObject(document.get(), "bytes", ByteMeaningsArray(meanings, redact));
-  char* text = cJSON_Print(document.get());
-  std::printf("%s\n", text ? text : "{}");
-  cJSON_free(text);
+  PrintJson(document);
 }
 
 }  // namespace qlid

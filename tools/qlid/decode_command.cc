@@ -1,15 +1,14 @@
 // qlid decode: a saved card answer as a record, or byte for byte.
-#include <cjson/cJSON.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <memory>
 
 #include "quillonid/carddata.h"
 #include "quillonid/results.h"
 #include "tools/qlid/byte_meanings.h"
 #include "tools/qlid/commands.h"
 #include "tools/qlid/files.h"
+#include "tools/qlid/json_document.h"
 #include "tools/qlid/packet_view.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
@@ -61,31 +60,27 @@ bool PacketBytes(const std::string& named, std::vector<std::uint8_t>* bytes, std
 Report WrongFrameReport(const PacketView& view) {
   const ResultText& text = ResultOf(QL_CHECK_ERROR);
   const std::string frame = view.frame;
+  const char* what = Tr(text.english, text.chinese);
+  if (frame == "card-module")
+    what = Tr("a card-module frame failed its check", "安全模块帧校验错误");
+  if (frame == "unknown") what = Tr("these bytes are no frame", "这些字节不是帧");
+  const Row where = {Tr("Where", "位置"), view.fault};
+  const Row next = {Tr("Next", "建议"),
+                    Tr("check cable and speed: --baud; more of the line: qlid read --trace",
+                       "检查线缆和波特率：--baud；查看线路的更多内容：qlid read --trace")};
   return {
-      QL_CHECK_ERROR,
-      text.exit,
-      frame == "card-module" ? Tr("a card-module frame failed its check", "安全模块帧校验错误")
-      : frame == "unknown" ? Tr("these bytes are no frame", "这些字节不是帧")
-                           : Tr(text.english, text.chinese),
-      {{Tr("Where", "位置"), view.fault},
-                                       {Tr("Next", "建议"),
-        Tr("check cable and speed: --baud; more of the line: qlid read --trace",
-           "检查线缆和波特率：--baud；查看线路的更多内容：qlid read --trace")}}
+      QL_CHECK_ERROR, text.exit, what, {where, next}
   };
 }
 
 void PrintPacketJson(const PacketView& view, const Report* report, bool redact) {
-  const std::unique_ptr<cJSON, decltype(&cJSON_Delete)> document(cJSON_CreateObject(),
-                                                                 cJSON_Delete);
-  cJSON_AddStringToObject(document.get(), "schema", "qlid.packet/1");
+  const Json document = NewDocument("qlid.packet/1");
   cJSON_AddBoolToObject(document.get(), "ok", report == nullptr);
   cJSON_AddStringToObject(document.get(), "frame", view.frame);
-  cJSON_AddStringToObject(document.get(), "meaning", view.meaning.c_str());
+  AddText(document.get(), "meaning", view.meaning);
   cJSON_AddItemToObject(document.get(), "bytes", ByteMeaningsArray(view.rows, redact));
   if (report) cJSON_AddItemToObject(document.get(), "error", ReportObject(*report));
-  char* text = cJSON_Print(document.get());
-  std::printf("%s\n", text ? text : "{}");
-  cJSON_free(text);
+  PrintJson(document);
 }
 
 int DecodePacket(const DecodeOptions& options) {

@@ -122,10 +122,7 @@ int DemoCommand(const DemoOptions& options) {
   try {
     return Demonstrate(options, specimen, fault);
   } catch (const std::system_error& error) {
-    PrintReport({QL_DEVICE_ERROR,
-                 kExitUnexpected,
-                 Tr("there is no pseudo-terminal to be had", "无法创建伪终端"),
-                 {{Tr("Cause", "原因"), SystemProblem(error.code().value())}}});
+    PrintReport(NoTerminalReport(error.code().value()));
     return kExitUnexpected;
   }
 }

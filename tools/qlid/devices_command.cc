@@ -1,12 +1,10 @@
 // qlid devices: which readers and ports are there, who may open them, and how to read with each.
-#include <cjson/cJSON.h>
-
 #include <cstdio>
-#include <memory>
 
 #include "quillonid/results.h"
 #include "tools/qlid/commands.h"
 #include "tools/qlid/devices.h"
+#include "tools/qlid/json_document.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
@@ -94,51 +92,43 @@ void PrintPorts(const std::vector<SerialPort>& ports) {
                ports.front().path.c_str());
 }
 
-struct DeleteJson {
-  void operator()(cJSON* item) const { cJSON_Delete(item); }
-};
-
 void PrintJson(const Found& found) {
-  const std::unique_ptr<cJSON, DeleteJson> document(cJSON_CreateObject());
-  cJSON_AddStringToObject(document.get(), "schema", "qlid.devices/1");
+  const Json document = NewDocument("qlid.devices/1");
   cJSON* usb = cJSON_AddArrayToObject(document.get(), "usb");
   for (const UsbReader& reader : found.usb.readers) {
     cJSON* item = cJSON_CreateObject();
     cJSON_AddItemToArray(usb, item);
-    cJSON_AddStringToObject(item, "id", IdText(reader.id).c_str());
+    AddText(item, "id", IdText(reader.id));
     cJSON_AddNumberToObject(item, "bus", reader.bus);
     cJSON_AddNumberToObject(item, "device", reader.device);
-    cJSON_AddStringToObject(item, "node", reader.node.c_str());
+    AddText(item, "node", reader.node);
     cJSON_AddStringToObject(item, "access", AccessName(reader.access));
-    cJSON_AddStringToObject(item, "driver", reader.driver.c_str());
+    AddText(item, "driver", reader.driver);
   }
   cJSON* serial = cJSON_AddArrayToObject(document.get(), "serial");
   for (const SerialPort& port : found.ports) {
     cJSON* item = cJSON_CreateObject();
     cJSON_AddItemToArray(serial, item);
-    cJSON_AddStringToObject(item, "path", port.path.c_str());
-    cJSON_AddStringToObject(item, "stable", port.stable.c_str());
-    cJSON_AddStringToObject(item, "about", port.about.c_str());
+    AddText(item, "path", port.path);
+    AddText(item, "stable", port.stable);
+    AddText(item, "about", port.about);
     cJSON_AddStringToObject(item, "access", AccessName(port.access));
-    cJSON_AddStringToObject(item, "command", PortCommand(port).c_str());
+    AddText(item, "command", PortCommand(port));
   }
-  char* text = cJSON_Print(document.get());
-  std::printf("%s\n", text ? text : "{}");
-  cJSON_free(text);
+  PrintJson(document);
 }
 
 Report NothingFound(const Found& found) {
+  const Row usb = {
+      "USB", Format(Tr("none of the %zu known ids among %d devices (list: qlid devices --known)",
+                       "%zu 个已知 ID 均不在 %d 个设备中（列表：qlid devices --known）"),
+                    found.known_ids, found.usb.devices)};
+  const Row serial = {Tr("Serial", "串口"), Tr("no port", "没有串口")};
+  const Row next = {Tr("Next", "建议"),
+                    Tr("plug the reader in; if it has other ids: qlid devices --usb-id 1234:5678",
+                       "插入读卡器；若其 ID 不同：qlid devices --usb-id 1234:5678")};
   return {
-      QL_DEVICE_ERROR,
-      kExitNoReader,
-      Tr("no reader found", "没有找到读卡器"),
-      {{"USB", Format(Tr("none of the %zu known ids among %d devices (list: qlid devices --known)",
-                         "%zu 个已知 ID 均不在 %d 个设备中（列表：qlid devices --known）"),
-                      found.known_ids, found.usb.devices)},
-                                                    {Tr("Serial", "串口"), Tr("no port", "没有串口")},
-                                                    {Tr("Next", "建议"),
-        Tr("plug the reader in; if it has other ids: qlid devices --usb-id 1234:5678",
-           "插入读卡器；若其 ID 不同：qlid devices --usb-id 1234:5678")}}
+      QL_DEVICE_ERROR, kExitNoReader, Tr("no reader found", "没有找到读卡器"), {usb, serial, next}
   };
 }
 

@@ -1,11 +1,9 @@
 // qlid doctor: why reading does not work.
-#include <cjson/cJSON.h>
-
 #include <cstdio>
-#include <memory>
 
 #include "tools/qlid/checks.h"
 #include "tools/qlid/commands.h"
+#include "tools/qlid/json_document.h"
 #include "tools/qlid/permission.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
@@ -72,21 +70,16 @@ cJSON* CheckObject(const Check& check) {
   cJSON* object = cJSON_CreateObject();
   cJSON_AddStringToObject(object, "id", check.id);
   cJSON_AddStringToObject(object, "verdict", TextOf(check.verdict).name);
-  cJSON_AddStringToObject(object, "text", Printable(check.text).c_str());
+  AddText(object, "text", Printable(check.text));
   cJSON* remedy = cJSON_AddArrayToObject(object, "remedy");
   for (const std::string& step : check.remedy)
     cJSON_AddItemToArray(remedy, cJSON_CreateString(Printable(step).c_str()));
   return object;
 }
 
-struct DeleteJson {
-  void operator()(cJSON* item) const { cJSON_Delete(item); }
-};
-
 void PrintJson(const std::vector<CheckGroup>& groups) {
   const int problems = Count(groups, Verdict::kFail);
-  const std::unique_ptr<cJSON, DeleteJson> document(cJSON_CreateObject());
-  cJSON_AddStringToObject(document.get(), "schema", "qlid.doctor/1");
+  const Json document = NewDocument("qlid.doctor/1");
   cJSON_AddBoolToObject(document.get(), "ok", problems == 0);
   cJSON_AddNumberToObject(document.get(), "problems", problems);
   cJSON_AddNumberToObject(document.get(), "warnings", Count(groups, Verdict::kWarn));
@@ -98,9 +91,7 @@ void PrintJson(const std::vector<CheckGroup>& groups) {
     cJSON* checks = cJSON_AddArrayToObject(object, "checks");
     for (const Check& check : group.checks) cJSON_AddItemToArray(checks, CheckObject(check));
   }
-  char* text = cJSON_Print(document.get());
-  std::printf("%s\n", text ? text : "{}");
-  cJSON_free(text);
+  PrintJson(document);
 }
 
 std::vector<UsbIdText> IdsAsked(const DoctorOptions& options) {

@@ -25,15 +25,17 @@ void AddNext(const std::vector<std::string>& steps, Report* report) {
 
 Report UnpluggedReport(const ReadRequest& request, const Reading& reading) {
   const std::string& device = IsSerial(request.device) ? request.device : reading.gone_node;
+  const Row reader = {Tr("Reader", "读卡器"), Format(Tr("%s is gone since %s", "%s 于 %s 消失"),
+                                                     device.c_str(), reading.gone_since.c_str())};
+  const Row next = {
+      Tr("Next", "建议"),
+      Tr("plug it in and try again; for a terminal that must survive this: qlid read --watch",
+         "重新插入后重试；需要自动恢复时：qlid read --watch")};
   return {
       reading.result,
       kExitNoReader,
       Tr("the reader was unplugged while it was being read", "读卡过程中读卡器被拔出"),
-      {{Tr("Reader", "读卡器"), Format(Tr("%s is gone since %s", "%s 于 %s 消失"), device.c_str(),
-                                       reading.gone_since.c_str())},
-                                                                                                 {Tr("Next", "建议"), Tr("plug it in and try again; for a terminal that must survive this: "
-                               "qlid read --watch",
-                               "重新插入后重试；需要自动恢复时：qlid read --watch")}}
+      {reader, next}
   };
 }
 
@@ -46,14 +48,16 @@ void AddHolders(const ReadRequest& request, Report* report) {
 
 Report NoCardReport(const ReadRequest& request) {
   const ResultText& text = ResultOf(QL_TIMEOUT);
+  const Row reader = {Tr("Reader", "读卡器"),
+                      ReaderName(request) + Tr(": it works, its card module answered the device "
+                                               "check",
+                                               "：工作正常，安全模块应答了设备检测")};
+  const Row next = {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)};
   return {
       QL_TIMEOUT,
       kExitNoCard,
       Format(Tr("no card within %d s", "%d 秒内没有读到卡片"), request.timeout),
-      {{Tr("Reader", "读卡器"), ReaderName(request) + Tr(": it works, its card module answered the "
-                                                         "device check",
-                                                         "：工作正常，安全模块应答了设备检测")},
-                                                                                   {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)}}
+      {reader, next}
   };
 }
 

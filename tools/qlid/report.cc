@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 #include "quillonid/results.h"
 #include "tools/qlid/files.h"
+#include "tools/qlid/json_document.h"
 #include "tools/qlid/picture.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/sixel.h"
@@ -16,18 +16,8 @@ namespace {
 
 constexpr char kDecoder[] = "libwlt.so";  // at the root, where the library looks for it
 
-struct DeleteJson {
-  void operator()(cJSON* item) const { cJSON_Delete(item); }
-};
-using Json = std::unique_ptr<cJSON, DeleteJson>;
-
-void AddText(cJSON* object, const char* key, const std::string& text) {
-  cJSON_AddStringToObject(object, key, text.c_str());
-}
-
 Json Envelope(const Outcome& outcome, bool photo) {
-  Json document(cJSON_CreateObject());
-  AddText(document.get(), "schema", "qlid.read/1");
+  Json document = NewDocument("qlid.read/1");
   cJSON_AddBoolToObject(document.get(), "ok", outcome.report == nullptr);
   if (outcome.card) {
     AddText(document.get(), "kind", KindName(outcome.card->kind));
@@ -54,17 +44,28 @@ Json Envelope(const Outcome& outcome, bool photo) {
   return document;
 }
 
+// The outcome as it may be seen: with --redact its card is `masked`.
+Outcome Shown(const Outcome& outcome, const OutputOptions& options, Card* masked) {
+  Outcome shown = outcome;
+  if (!outcome.card || !options.redact) return shown;
+  *masked = *outcome.card;
+  Redact(masked);
+  shown.card = masked;
+  return shown;
+}
+
 bool EndsIn(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
 Report FileReport(const std::string& path, const std::string& problem) {
+  const Row cause = {Tr("Cause", "原因"), problem};
+  const Row next = {Tr("Next", "建议"), Tr("name another file", "换一个文件名")};
   return {
       QL_SAVE_IMAGE_ERROR,
       kExitNoPhoto,
       Format(Tr("the card was read, %s was not written", "卡片已读出，%s 未写入"), path.c_str()),
-      {{Tr("Cause", "原因"), problem},
-                                                                                                     {Tr("Next", "建议"), Tr("name another file", "换一个文件名")}}
+      {cause, next}
   };
 }
 
@@ -76,12 +77,13 @@ std::optional<Report> TakePhoto(const Card& card, const std::string& path,
   const int result = DecodePhoto(card.native, card.fingerprints_asked, kDecoder, &bmp);
   if (result != QL_SUCCESS) {
     const ResultText& text = ResultOf(result);
+    const Row causes = {Tr("Causes", "可能原因"), Tr(text.causes_english, text.causes_chinese)};
+    const Row next = {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)};
     return Report{
         result,
         kExitNoPhoto,
         Tr("the text was read, the photo was not decoded", "文字已读出，照片未解码"),
-        {{Tr("Causes", "可能原因"), Tr(text.causes_english, text.causes_chinese)},
-                                                                                               {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)}}
+        {causes, next}
     };
   }
   Picture pixels;
@@ -98,6 +100,13 @@ std::optional<Report> TakePhoto(const Card& card, const std::string& path,
 
 Report UsageReport(const std::string& what, const std::string& next) {
   return {QL_INVALID_ARGUMENT, kExitUsage, what, {{Tr("Next", "建议"), next}}};
+}
+
+Report NoTerminalReport(int error) {
+  return {QL_DEVICE_ERROR,
+          kExitUnexpected,
+          Tr("there is no pseudo-terminal to be had", "无法创建伪终端"),
+          {{Tr("Cause", "原因"), SystemProblem(error)}}};
 }
 
 void PrintReport(const Report& report) {
@@ -128,18 +137,8 @@ bool KindWanted(const std::string& wanted, CardKind kind) {
 }
 
 std::string OutcomeJson(const Outcome& outcome, const OutputOptions& options, bool photo) {
-  Card shown;
-  Outcome redacted = outcome;
-  if (outcome.card && options.redact) {
-    shown = *outcome.card;
-    Redact(&shown);
-    redacted.card = &shown;
-  }
-  const Json document = Envelope(redacted, photo && !options.redact);
-  char* text = cJSON_PrintUnformatted(document.get());
-  std::string line = text ? text : "{}";
-  cJSON_free(text);
-  return line + "\n";
+  Card masked;
+  return LineText(Envelope(Shown(outcome, options, &masked), photo && !options.redact));
 }
 
 void PrintJsonLine(const Outcome& outcome, const OutputOptions& options) {
@@ -148,21 +147,13 @@ void PrintJsonLine(const Outcome& outcome, const OutputOptions& options) {
 }
 
 void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
-  Card shown;
-  Outcome redacted = outcome;
-  if (outcome.card && options.redact) {
-    shown = *outcome.card;
-    Redact(&shown);
-    redacted.card = &shown;
-  }
+  Card masked;
+  const Outcome shown = Shown(outcome, options, &masked);
   if (options.json) {
-    const Json document = Envelope(redacted, false);
-    char* text = cJSON_Print(document.get());
-    std::printf("%s\n", text ? text : "{}");
-    cJSON_free(text);
-  } else if (redacted.card) {
+    PrintJson(Envelope(shown, false));
+  } else if (shown.card) {
     if (outcome.picture) ShowPicture(*outcome.picture);
-    std::vector<Row> rows = CardRows(*redacted.card);
+    std::vector<Row> rows = CardRows(*shown.card);
     if (!options.photo.empty() && !outcome.report)
       rows.push_back({Tr("Photo", "照片"), options.photo});
     PrintRows(rows);

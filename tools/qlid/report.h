@@ -27,6 +27,9 @@ struct Report {
 // A wrong use of the command line.
 Report UsageReport(const std::string& what, const std::string& next);
 
+// No pseudo-terminal for the simulated reader, for the reason `error`, an errno value.
+Report NoTerminalReport(int error);
+
 void PrintReport(const Report& report);
 
 // The same as a JSON object.

@@ -7,7 +7,6 @@
 #include <span>
 #include <system_error>
 
-#include "quillonid/results.h"
 #include "simulator/recording.h"
 #include "tools/qlid/commands.h"
 #include "tools/qlid/files.h"
@@ -223,10 +222,7 @@ int SimulateCommand(const SimulateOptions& options) {
   try {
     return options.replay.empty() ? SpecimenCommand(options) : ReplayCommand(options);
   } catch (const std::system_error& error) {
-    PrintReport({QL_DEVICE_ERROR,
-                 kExitUnexpected,
-                 Tr("there is no pseudo-terminal to be had", "无法创建伪终端"),
-                 {{Tr("Cause", "原因"), SystemProblem(error.code().value())}}});
+    PrintReport(NoTerminalReport(error.code().value()));
     return kExitUnexpected;
   }
 }
