@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <iterator>
 #include <ostream>
 #include <set>
 
 #include "tests/failures/scenarios.h"
 #include "tests/failures/world.h"
+#include "tests/testing/held.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/pty.h"
 #include "tests/testing/valgrind.h"
@@ -39,11 +39,6 @@ bool RunsSlowly() {
 #else
   return UnderValgrind();
 #endif
-}
-
-std::ptrdiff_t Entries(const char* folder) {
-  using Iterator = std::filesystem::directory_iterator;
-  return std::distance(Iterator(folder), Iterator());
 }
 
 struct Outcome {
@@ -115,8 +110,8 @@ class FailingCall : public testing::TestWithParam<Scenario> {
     GetParam().prepare();
     kept_ = FilesIn(TemporaryFolder());
     Run({});  // Takes up what is kept for good, such as the C library's time zone.
-    descriptors_ = Entries("/proc/self/fd");
-    threads_ = Entries("/proc/self/task");
+    descriptors_ = OpenDescriptors();
+    threads_ = Threads();
     settings_ = world_.tty.Settings();
     good_ = Run({});
     calls_ = world_.calls;
@@ -198,8 +193,8 @@ class FailingCall : public testing::TestWithParam<Scenario> {
   }
 
   void LookAround(Problems* problems) {
-    if (Entries("/proc/self/fd") != descriptors_) problems->emplace_back("descriptors gained");
-    if (Entries("/proc/self/task") != threads_) problems->emplace_back("threads gained");
+    if (OpenDescriptors() != descriptors_) problems->emplace_back("descriptors gained");
+    if (Threads() != threads_) problems->emplace_back("threads gained");
     if (static_cast<double>(world_.nanoseconds) / 1e9 > kLongestRun) {
       problems->push_back("took " + std::to_string(world_.nanoseconds / 1'000'000'000) + " s");
     }
@@ -221,7 +216,7 @@ class FailingCall : public testing::TestWithParam<Scenario> {
     world_.libraries.clear();
     world_.descriptors.clear();
     fake_libusb::Now().contexts = fake_libusb::Now().lists = fake_libusb::Now().handles = 0;
-    descriptors_ = Entries("/proc/self/fd");
+    descriptors_ = OpenDescriptors();
   }
 
   void Report(const std::string& problem) {

@@ -6,6 +6,7 @@
 #include "quillonid/image.h"
 #include "tests/image/path_buffer.h"
 #include "tests/image/photo_data.h"
+#include "tests/testing/held.h"
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
 
@@ -184,18 +185,14 @@ TEST(TFuncSaveHeadImg, ReportsItsArguments) {
 }
 
 TEST(TFuncSaveHeadImg, LeavesNoDescriptorOpen) {
-  const auto open_now = [] {
-    const std::filesystem::directory_iterator entries("/proc/self/fd");
-    return std::distance(begin(entries), end(entries));
-  };
-  const auto before = open_now();
+  const std::ptrdiff_t before = OpenDescriptors();
 
   for (int i = 0; i < 50; ++i) {
     PathBuffer path("/tmp");
     tFuncSaveHeadImg("123", path.data());
   }
 
-  EXPECT_EQ(before, open_now());
+  EXPECT_EQ(before, OpenDescriptors());
 }
 
 TEST(SaveBmpToImg, ConvertsNothing) {

@@ -6,6 +6,7 @@
 
 #include "quillonid/image.h"
 #include "tests/image/photo_data.h"
+#include "tests/testing/held.h"
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
 
@@ -49,11 +50,6 @@ bool DecoderIsLoaded() {
   void* const loaded = dlopen(kDecoderFile, RTLD_NOW | RTLD_NOLOAD);
   if (loaded != nullptr) dlclose(loaded);
   return loaded != nullptr;
-}
-
-int OpenDescriptors() {
-  const std::filesystem::directory_iterator entries("/proc/self/fd");
-  return static_cast<int>(std::distance(begin(entries), end(entries)));
 }
 
 std::string Dump(const std::string& title, const std::string& byte) {
@@ -176,7 +172,7 @@ TEST(GetPhotoBmp, FailsWithoutAFileWhenTheDecoderDoes) {
     SCOPED_TRACE(decoder.name);
     InstallDecoder(decoder.name);
     SwitchLogging(true);
-    const int descriptors = OpenDescriptors();
+    const std::ptrdiff_t descriptors = OpenDescriptors();
 
     EXPECT_EQ(0, GetPhotoBmp("libwlt.so", TestPhoto().data(), BmpPath().c_str()));
 
@@ -204,7 +200,7 @@ TEST(GetPhotoBmp, FailsWithoutADecoder) {
 TEST(GetPhotoBmp, LeavesNothingLoadedOrOpen) {
   NEEDS_PRIVATE_ROOT();
   InstallDecoder("good");
-  const int descriptors = OpenDescriptors();
+  const std::ptrdiff_t descriptors = OpenDescriptors();
 
   for (int i = 0; i < 20; ++i) {
     ASSERT_NE(0, GetPhotoBmp("libwlt.so", TestPhoto().data(), BmpPath().c_str()));

@@ -17,6 +17,7 @@
 #include "quillonid/results.h"
 #include "tests/link/log_text.h"
 #include "tests/link/serial_reader.h"
+#include "tests/testing/held.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/stand_in_clock.h"
 
@@ -198,7 +199,7 @@ TEST_F(Device, FailsWhenItCannotBeOpenedAgain) {
 TEST_F(Device, GivesUpWhenItCannotBeOpened) {
   NEEDS_PRIVATE_ROOT();
   SwitchLogging(true);
-  const std::size_t before = OpenDescriptors();
+  const std::ptrdiff_t before = OpenDescriptors();
 
   EXPECT_EQ(RET_PUB_DEVICE_ERROR, tFuncOpenDevice("/dev/no-such-tty", "", 9600, 0, 5));
   EXPECT_EQ("3!: COMM_Id_OpenCardReader:-3, type = 1", Logged().back());

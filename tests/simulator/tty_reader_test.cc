@@ -7,9 +7,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <thread>
 
+#include "tests/testing/held.h"
 #include "tests/testing/hex_text.h"
 
 namespace simulator {
@@ -75,11 +75,6 @@ class Host {
   int tty_;
 };
 
-std::ptrdiff_t OpenDescriptors() {
-  using Iterator = std::filesystem::directory_iterator;
-  return std::distance(Iterator("/proc/self/fd"), Iterator());
-}
-
 TEST(TtyReader, AnswersOnItsPath) {
   TtyReader reader;
   reader.PutCard(MakeCard("resident"));
@@ -113,7 +108,7 @@ TEST(TtyReader, PassesEveryByteValueUnchanged) {
 TEST(TtyReader, SurvivesManyOpensAndCloses) {
   TtyReader reader;
   reader.PutCard(MakeCard("permit"));
-  const auto before = OpenDescriptors();
+  const std::ptrdiff_t before = OpenDescriptors();
 
   for (int i = 0; i < 200; ++i) {
     Host host(reader);
@@ -276,7 +271,7 @@ TEST(TtyReader, CountsRecordsAndTraces) {
 }
 
 TEST(TtyReader, LeavesNoDescriptorsBehind) {
-  const auto before = OpenDescriptors();
+  const std::ptrdiff_t before = OpenDescriptors();
 
   for (int i = 0; i < 50; ++i) {
     TtyReader reader;

@@ -12,6 +12,7 @@
 #include "quillonid/quillonid.h"
 #include "simulator/card.h"
 #include "tests/soak/reader_process.h"
+#include "tests/testing/held.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/stand_in_clock.h"
 
@@ -35,10 +36,6 @@ struct Held {
   long resident = 0;  // KiB
 };
 
-long Entries(const char* folder) {
-  return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
-}
-
 long Children() {
   long count = 0;
   for (const auto& thread : fs::directory_iterator("/proc/self/task")) {
@@ -57,9 +54,7 @@ long ResidentKib() {
   return 0;
 }
 
-Held NowHeld() {
-  return {Entries("/proc/self/fd"), Entries("/proc/self/task"), Children(), ResidentKib()};
-}
+Held NowHeld() { return {OpenDescriptors(), Threads(), Children(), ResidentKib()}; }
 
 void Print(const char* when, const Held& held) {
   std::printf("%-16s %ld descriptors, %ld threads, %ld child processes, %ld KiB resident\n", when,

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "quillonid/support.h"
+#include "tests/testing/held.h"
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
 
@@ -49,12 +50,6 @@ std::string Pattern(std::size_t size) {
   std::string text(size, '\0');
   for (std::size_t i = 0; i < size; ++i) text[i] = static_cast<char>(i * 7 + i / 256);
   return text;
-}
-
-std::size_t OpenDescriptors() {
-  std::size_t count = 0;
-  for ([[maybe_unused]] const auto& entry : fs::directory_iterator("/proc/self/fd")) ++count;
-  return count;
 }
 
 unsigned char* Data(std::string& text) { return reinterpret_cast<unsigned char*>(text.data()); }
@@ -414,7 +409,7 @@ TEST(FileHelpers, LeaveNoDescriptorOpen) {
   const std::string path = FileOf("text");
   const std::string pipe = Pipe();
   char text[16];
-  const std::size_t before = OpenDescriptors();
+  const std::ptrdiff_t before = OpenDescriptors();
 
   for (const char* each : {path.c_str(), pipe.c_str(), "/tmp", "/dev/zero", kMissing.c_str()}) {
     int length = 16;

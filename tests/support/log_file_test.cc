@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/support/still_log.h"
+#include "tests/testing/held.h"
 
 namespace {
 
@@ -20,12 +21,6 @@ namespace fs = std::filesystem;
 const std::string kFolder = "/home/quillon/";
 
 void Configure(const std::string& text) { WriteWholeFile(kConfigurationFile, text); }
-
-std::size_t OpenDescriptors() {
-  std::size_t count = 0;
-  for ([[maybe_unused]] const auto& entry : fs::directory_iterator("/proc/self/fd")) ++count;
-  return count;
-}
 
 }  // namespace
 
@@ -185,7 +180,7 @@ TEST(Logging, LeavesErrnoAlone) {
 TEST(Logging, LeavesNoDescriptorOpen) {
   NEEDS_PRIVATE_ROOT();
   StartLog();
-  const std::size_t before = OpenDescriptors();
+  const std::ptrdiff_t before = OpenDescriptors();
 
   for (const char* target : {"/tmp", "/dev/zero", "/nonexistent"}) {
     LogEverything();

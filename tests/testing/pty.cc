@@ -75,11 +75,3 @@ std::vector<int> DescriptorsOn(const std::string& path) {
   }
   return found;
 }
-
-std::size_t OpenDescriptors() {
-  std::size_t count = 0;
-  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    ++count;
-  }
-  return count - 1;  // The one that lists them.
-}

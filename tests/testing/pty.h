@@ -40,8 +40,7 @@ class Pty {
   std::string path_;
 };
 
-// This process's descriptors on the file at `path`, and the number of all its descriptors.
+// This process's descriptors on the file at `path`.
 std::vector<int> DescriptorsOn(const std::string& path);
-std::size_t OpenDescriptors();
 
 #endif

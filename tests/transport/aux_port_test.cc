@@ -9,6 +9,7 @@
 #include "quillonid/results.h"
 #include "quillonid/transport.h"
 #include "support/handles.h"
+#include "tests/testing/held.h"
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/pty.h"
@@ -332,7 +333,7 @@ TEST(OpenLinuxAux, RefusesNumberZeroAndClosesAgain) {
   const termios found = terminal.Settings();
 
   Child program = ChildOn(terminal, [&] {
-    const std::size_t descriptors = OpenDescriptors();
+    const std::ptrdiff_t descriptors = OpenDescriptors();
     const int opened = COMM_Com_OpenLinuxAux(1, 0, 9600, 1);
     const bool leaked = OpenDescriptors() != descriptors;
     return std::to_string(opened) + " " + std::to_string(WriteAux("x")) + (leaked ? " leak" : "");

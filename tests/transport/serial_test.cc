@@ -8,6 +8,7 @@
 
 #include "quillonid/results.h"
 #include "quillonid/transport.h"
+#include "tests/testing/held.h"
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/pty.h"
@@ -215,7 +216,7 @@ TEST_P(OpenLinuxFailure, LeavesNoPortOpen) {
   const Pty pty;
   const std::string found = Text(pty.Settings());
   const std::string path = Path(GetParam().name);
-  const std::size_t descriptors = OpenDescriptors();
+  const std::ptrdiff_t descriptors = OpenDescriptors();
   ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 9600));
   ASSERT_TRUE(PortIsOpen());
 
@@ -292,7 +293,7 @@ TEST(CloseLinux, SucceedsWithoutAPort) {
 TEST(CloseLinux, SucceedsAfterAHangUp) {
   Pty pty;
   const std::string path = pty.path();
-  const std::size_t descriptors = OpenDescriptors();
+  const std::ptrdiff_t descriptors = OpenDescriptors();
   ASSERT_EQ(0, COMM_Com_OpenLinux(path.c_str(), 9600));
   pty.HangUp();
 
@@ -389,7 +390,7 @@ TEST(ClearReceiveBuffer, DoesNothingWithoutAPort) {
 TEST(SerialPort, SurvivesManyOpensAndCloses) {
   const Pty pty;
   const std::string found = Text(pty.Settings());
-  const std::size_t descriptors = OpenDescriptors();
+  const std::ptrdiff_t descriptors = OpenDescriptors();
 
   for (int i = 0; i < 1000; ++i) {
     ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 9600));

@@ -4,13 +4,13 @@
 
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
 #include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "simulator/tty_reader.h"
+#include "tests/testing/held.h"
 #include "tests/testing/hex_text.h"
 #include "tests/testing/stand_in_clock.h"
 #include "tests/usb/card_on_usb.h"
@@ -22,20 +22,11 @@ using simulator::FaultId;
 using simulator::Milliseconds;
 using simulator::UsbTraits;
 
-long Entries(const char* folder) {
-  long count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    static_cast<void>(entry);
-    ++count;
-  }
-  return count;
-}
-
 // Descriptors and threads of this process, among them those of the emulated bus: it takes up its
 // own at the first read and lets go of a closed file a moment later.
 struct Held {
-  long descriptors = Entries("/proc/self/fd");
-  long threads = Entries("/proc/self/task");
+  std::ptrdiff_t descriptors = OpenDescriptors();
+  std::ptrdiff_t threads = Threads();
   bool operator==(const Held&) const = default;
 };
 

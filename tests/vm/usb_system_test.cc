@@ -5,11 +5,11 @@
 
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
 #include <string>
 
 #include "quillonid/transport.h"
 #include "simulator/tty_reader.h"
+#include "tests/testing/held.h"
 #include "tests/testing/stand_in_clock.h"
 #include "tests/usb/card_on_usb.h"
 
@@ -18,15 +18,6 @@ namespace {
 using simulator::KernelUsbReader;
 
 int Open() { return COMM_Hid_OpenLinuxUsbLibHid(0x0403, 0xBCD5); }
-
-long Entries(const char* folder) {
-  long count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    static_cast<void>(entry);
-    ++count;
-  }
-  return count;
-}
 
 // Plugging in and opening -----------------------------------------------------------------------
 
@@ -121,15 +112,15 @@ INSTANTIATE_TEST_SUITE_P(, KernelSpecimen, testing::Values("resident", "foreigne
 TEST(KernelWholeRead, EndsWhenThePlugIsPulledInMidReply) {
   CardOnUsb usb(HidTraits());
   usb.module.SetFault({simulator::FaultId::kHangUp, 700});
-  const long descriptors = Entries("/proc/self/fd");
-  const long threads = Entries("/proc/self/task");
+  const std::ptrdiff_t descriptors = OpenDescriptors();
+  const std::ptrdiff_t threads = Threads();
 
   EXPECT_EQ(-56, ReadNative(5).result);
 
   EXPECT_TRUE(usb.reader.WaitGone());
-  EXPECT_EQ(descriptors, Entries("/proc/self/fd"));
+  EXPECT_EQ(descriptors, OpenDescriptors());
   // The thread that served the reader may end with it.
-  EXPECT_LE(Entries("/proc/self/task"), threads);
+  EXPECT_LE(Threads(), threads);
 }
 
 TEST(KernelWholeRead, HardlyUsesTheProcessorOnceThePlugIsPulled) {
@@ -161,13 +152,13 @@ TEST(KernelWholeRead, WorksAgainWhenTheReaderIsPluggedInAgain) {
 TEST(KernelWholeRead, LeavesNoDescriptorAndNoThread) {
   CardOnUsb usb(HidTraits());
   EXPECT_EQ(0, ReadNative(5).result);
-  const long descriptors = Entries("/proc/self/fd");
-  const long threads = Entries("/proc/self/task");
+  const std::ptrdiff_t descriptors = OpenDescriptors();
+  const std::ptrdiff_t threads = Threads();
 
   for (int i = 0; i < 5; ++i) EXPECT_EQ(0, ReadNative(5).result);
 
-  EXPECT_EQ(descriptors, Entries("/proc/self/fd"));
-  EXPECT_EQ(threads, Entries("/proc/self/task"));
+  EXPECT_EQ(descriptors, OpenDescriptors());
+  EXPECT_EQ(threads, Threads());
 }
 
 }  // namespace

@@ -1,20 +1,14 @@
 // Many reads, good and bad, in one process: nothing stays behind.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "quillonid/quillonid.h"
 #include "simulator/tty_reader.h"
+#include "tests/testing/held.h"
 #include "tests/testing/private_root.h"
 #include "tests/whole/expected.h"
 
 namespace whole {
 namespace {
-
-std::ptrdiff_t Entries(const char* folder) {
-  using Iterator = std::filesystem::directory_iterator;
-  return std::distance(Iterator(folder), Iterator());
-}
 
 TEST(ManyReads, LeaveDescriptorsAndThreadsAsTheyWere) {
   NEEDS_PRIVATE_ROOT();
@@ -46,12 +40,12 @@ TEST(ManyReads, LeaveDescriptorsAndThreadsAsTheyWere) {
                 TextsOf(&record, Members<PERSONINFO_COLLECT_FP>()));
     }
     if (i == 20) {
-      descriptors = Entries("/proc/self/fd");
-      threads = Entries("/proc/self/task");
+      descriptors = OpenDescriptors();
+      threads = Threads();
     }
   }
-  EXPECT_EQ(descriptors, Entries("/proc/self/fd"));
-  EXPECT_EQ(threads, Entries("/proc/self/task"));
+  EXPECT_EQ(descriptors, OpenDescriptors());
+  EXPECT_EQ(threads, Threads());
 }
 
 }  // namespace
