@@ -158,17 +158,21 @@ int Pack(JsonFields fields, const void* record, int photo_as(PhotoText*), JsonTe
 
 // Packs a record and copies its text, without its zero, to an output buffer of QL_JSON_SIZE bytes.
 // `tail` zeros follow. A text that does not fit, with two bytes to spare, is not copied. Where
-// there is no memory for the text, an empty one is written.
+// there is no memory for the text, an empty one is written. Either leaves the photo asked for.
 template <typename Record>
 int PackInto(const Record& record, std::size_t tail, char* out) {
   if (out == nullptr) return -1;
+  const int photo_asked = s_bJsonPhotoData;
   JsonText json;
   if (const int result = PackJson(record, &json)) {
     if (json.no_memory) out[0] = '\0';
     return result;
   }
   const std::size_t length = std::strlen(json.text.get());
-  if (length + 2 > QL_JSON_SIZE) return -1;
+  if (length + 2 > QL_JSON_SIZE) {
+    s_bJsonPhotoData = photo_asked;  // Nobody has seen the photo.
+    return -1;
+  }
   std::memcpy(out, json.text.get(), length);
   std::memset(out + length, 0, tail);
   return RET_PUB_SUCCESS;

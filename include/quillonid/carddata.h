@@ -129,8 +129,8 @@ QL_API int tFuncConvertStruct2Collect(const PERSONINFO_CHA_FP* china,
  *  #QL_JSON_SIZE bytes; only the collect packer writes zeros behind it. That is room for every
  *  record that a card can give, with fingerprints and photo. A record whose text is longer, because
  *  the caller filled it with characters that JSON escapes, is refused with -1 and nothing written.
- *  Without memory for the text the result is -1 and the output an empty text; a photo that was
- *  asked for is then added by the next packer.
+ *  Without memory for the text the result is -1 and the output an empty text. After either failure
+ *  a photo that was asked for is added by the next packer.
  *
  *  Readers look keys up in any letter case and cut a value at its field's width.
  *  @{ */

@@ -224,6 +224,23 @@ TEST(PackJson, AddsThePhotoOnce) {
   }
 }
 
+TEST(PackJson, LeavesThePhotoOfARefusedTextToTheNextPacker) {
+  KeepNativeData(0, 1295);
+  auto long_china = kChina;
+  FillToTheLastByte(long_china.fingerData1, '\x01');
+  auto long_collect = kCollect;
+  FillToTheLastByte(long_collect.fingerData1, '\x01');
+  FillToTheLastByte(long_collect.fingerData2, '\x01');
+  JsonBuffer out;
+  tFunc_SetAddPhotoDataToJsonFlag(1);
+
+  EXPECT_EQ(-1, Pack(long_china, out.data()));
+  EXPECT_EQ(-1, Pack(long_collect, out.data()));
+
+  EXPECT_EQ(WithPhoto(ValuesOf(kCollect, kCollectKeys), Base64(Photo())), Packed(kCollect));
+  EXPECT_EQ(JsonOf(ValuesOf(kCollect, kCollectKeys)), Packed(kCollect));
+}
+
 TEST(PackJson, AddsNoPhotoUnlessAsked) {
   KeepNativeData(0, 1295);
   tFunc_SetAddPhotoDataToJsonFlag(1);
