@@ -1,6 +1,7 @@
 #include "support/log.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -33,6 +34,7 @@ constexpr std::size_t kMarkSize = 64;       // type text, area name over it
 constexpr std::size_t kPrefixSize = 256;    // everything before the message, and room to spare
 constexpr std::size_t kMessageSize = 4096;  // message with its zero
 constexpr std::size_t kDumpSize = 8192;     // a dump line on the stack; longer ones on the heap
+constexpr int kSlowDevice = 500;            // milliseconds; 9,600 bit/s make room in half of it
 
 // The names that applications set, each with a spare zero byte. s_stNames guards them: a thread
 // that cancels a read logs while the reading thread does.
@@ -170,9 +172,25 @@ bool IsWithinFileLimit(int fd, std::size_t size) {
   return fstat(fd, &status) == 0 && static_cast<rlim_t>(status.st_size) + size <= limit.rlim_cur;
 }
 
+// Terminals and serial printers. One that takes nothing for a while loses the rest of the line.
+void WriteToDevice(int fd, std::string_view text) {
+  struct stat status = {};
+  if (fstat(fd, &status) != 0 || !S_ISCHR(status.st_mode)) return;
+  while (!text.empty()) {
+    const ssize_t n = write(fd, text.data(), text.size());
+    if (n > 0) {
+      text.remove_prefix(static_cast<std::size_t>(n));
+      continue;
+    }
+    pollfd device = {fd, POLLOUT, 0};
+    const bool retry = n < 0 && (errno == EINTR || errno == EAGAIN);
+    if (!retry || poll(&device, 1, kSlowDevice) <= 0) return;
+  }
+}
+
 // One open, one write, one close for each line: lines of several threads or processes stay whole,
 // and the file may be moved away at any time. Failures are silent. pwrite, which here appends, is
-// refused by pipes and sockets: one of that name neither blocks nor signals.
+// refused by what has no offset: a pipe or socket of that name neither blocks nor signals.
 void WriteLine(Line& line) {
   line.Add("\r\n");
   char path[kPathSize];
@@ -180,7 +198,8 @@ void WriteLine(Line& line) {
   const int flags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   const Descriptor file(open(path, flags, 0600));
   if (!file || !IsWithinFileLimit(file.get(), line.size())) return;
-  [[maybe_unused]] const ssize_t written = pwrite(file.get(), line.begin(), line.size(), 0);
+  const ssize_t written = pwrite(file.get(), line.begin(), line.size(), 0);
+  if (written < 0 && errno == ESPIPE) WriteToDevice(file.get(), {line.begin(), line.size()});
 }
 
 // Apart from its callers, so that a call with logging off does not touch the large buffer.

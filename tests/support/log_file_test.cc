@@ -3,16 +3,20 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
+#include <future>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/support/still_log.h"
 #include "tests/testing/held.h"
+#include "tests/testing/pty.h"
 
 namespace {
 
@@ -21,6 +25,15 @@ namespace fs = std::filesystem;
 const std::string kFolder = "/home/quillon/";
 
 void Configure(const std::string& text) { WriteWholeFile(kConfigurationFile, text); }
+
+// Lets the log's name lead to a terminal that passes every byte as it is.
+void LogToTerminal(const Pty& terminal) {
+  termios settings = terminal.Settings();
+  cfmakeraw(&settings);
+  terminal.SetSettings(settings);
+  StartLog();
+  fs::create_symlink(terminal.path(), kLogFile);
+}
 
 }  // namespace
 
@@ -120,6 +133,47 @@ TEST(Logging, SkipsAPipeOfTheLogFilesName) {
   char byte = 0;
   EXPECT_EQ(0, read(reader, &byte, 1));
   close(reader);
+}
+
+TEST(Logging, WritesToATerminalOfTheLogFilesName) {
+  NEEDS_PRIVATE_ROOT();
+  const Pty terminal;
+  LogToTerminal(terminal);
+  const std::string expected = Line(" ", "one") + Line(" ", "two");
+
+  DPrintLogToFile("one");
+  DPrintLogToFile("two");
+
+  EXPECT_EQ(expected, terminal.Receive(expected.size()));
+}
+
+TEST(Logging, WaitsForATerminalThatIsSlowerThanTheLine) {
+  NEEDS_PRIVATE_ROOT();
+  const Pty terminal;
+  LogToTerminal(terminal);
+  const std::string data(200'000, '\xA5');  // More than the system keeps for a terminal.
+  std::string digits;
+  for (std::size_t i = 0; i < data.size(); ++i) digits += "A5";
+  const std::string expected =
+      Line(" ", "LEN=" + std::to_string(data.size()) + "   HEX: " + digits);
+  std::future<std::string> received =
+      std::async(std::launch::async, [&] { return terminal.Receive(expected.size()); });
+
+  DPrintDataHexToFile(nullptr, data.data(), static_cast<int>(data.size()));
+
+  EXPECT_TRUE(received.get() == expected);
+}
+
+TEST(Logging, GivesUpATerminalThatTakesNothing) {
+  NEEDS_PRIVATE_ROOT();
+  const Pty terminal;
+  LogToTerminal(terminal);
+  const std::string data(200'000, '\xA5');
+  const auto start = std::chrono::steady_clock::now();
+
+  DPrintDataHexToFile(nullptr, data.data(), static_cast<int>(data.size()));
+
+  EXPECT_GT(std::chrono::seconds(20), std::chrono::steady_clock::now() - start);
 }
 
 TEST(Logging, IsSilentWhereItCannotWrite) {
