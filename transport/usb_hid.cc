@@ -31,7 +31,7 @@ constexpr unsigned kWriteMilliseconds = 1000;
 constexpr unsigned kReadMilliseconds = 200;
 constexpr int kWriteTransfers = 5;
 constexpr int kReadTransfer = 1024;
-constexpr int kEmptyPass = 10;  // milliseconds that a pass takes at least when it brings nothing
+constexpr int kEmptyPass = 10;  // milliseconds; a pass that brings nothing sooner naps
 
 // Undoes what the open did so far. Every libusb_init gets its libusb_exit here: without it each
 // attempt without a reader would leave descriptors and, once a device was opened, a thread.
@@ -176,7 +176,7 @@ QL_API int COMM_Hid_ReadLinuxUsbLibHid(unsigned char* buffer, int wanted, uint32
     }
     // A pulled or stalled reader fails at once, and one that sends only zeros may be as fast.
     if (result != 0) {
-      NapRestOfSlice(pass_start, kReadMilliseconds, kReadMilliseconds);
+      NapRestOfSlice(pass_start, kEmptyPass, kReadMilliseconds);
     } else if (got == 0) {
       NapRestOfSlice(pass_start, kEmptyPass, kEmptyPass);
     }

@@ -273,15 +273,17 @@ TEST(HidLibusbRead, AsksEndpoint81ForA1024BytesWithin200Milliseconds) {
 
 TEST(HidLibusbRead, TakesNothingFromATransferThatLeavesTheCount) {
   OpenAndForgetCalls();
+  COMM_Hid_SetLinuxHidClearZero(0);
   Now().transfers = {
-      {.result = -1, .leaves_count = true},
-      {.bytes = {7}           }
+      {.bytes = Bytes(8,      0x44)},
+      {.result = -1,                     .leaves_count = true},
+      {.bytes = {7}}
   };
-  Bytes buffer(1, kUntouched);
+  Bytes buffer(9, kUntouched);
 
-  EXPECT_EQ(1, COMM_Hid_ReadLinuxUsbLibHid(buffer.data(), 1, 5, nullptr));
+  EXPECT_EQ(9, COMM_Hid_ReadLinuxUsbLibHid(buffer.data(), 9, 5, nullptr));
 
-  EXPECT_EQ("07", HexText(buffer));
+  EXPECT_EQ("44 44 44 44 44 44 44 44 07", HexText(buffer));
 }
 
 TEST(HidLibusbRead, BelievesNoCountThatCannotBe) {
@@ -368,6 +370,14 @@ TEST(HidLibusbRead, NapsTheRestOfAPassThatFailsAtOnce) {
   EXPECT_GE(passes, 15);
   EXPECT_LE(passes, 21);
   EXPECT_NEAR(0.2 * passes, stand_in_clock::SecondsSlept(), 0.02 * passes);
+}
+
+TEST(HidLibusbRead, DoesNotNapAfterAPassThatFailsLater) {
+  const int passes = SilentPasses(3, {.result = -1, .seconds = 0.06});
+
+  EXPECT_GE(passes, 50);
+  EXPECT_LE(passes, 68);
+  EXPECT_EQ(0, stand_in_clock::SecondsSlept());
 }
 
 TEST(HidLibusbRead, NapsBrieflyAfterAPassThatBringsOnlyZerosAtOnce) {
