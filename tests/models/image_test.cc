@@ -2,6 +2,9 @@
 #include "quillonid/image.h"
 
 #include <strings.h>
+#include <unistd.h>
+
+#include <filesystem>
 
 #include "tests/models/model.h"
 #include "tests/testing/private_root.h"
@@ -16,8 +19,11 @@ void Put(std::string* bytes, unsigned value, int size) {
 
 std::string ModelPixels(const std::string& pixels, int count) {
   std::string turned;
+  turned.reserve(pixels.size());
   for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-    turned += {pixels[3 * i + 2], pixels[3 * i + 1], pixels[3 * i]};
+    turned.push_back(pixels[3 * i + 2]);
+    turned.push_back(pixels[3 * i + 1]);
+    turned.push_back(pixels[3 * i]);
   }
   return turned;
 }
@@ -35,8 +41,9 @@ std::string ModelBmp(const std::string& pixels, int width, int height) {
   Put(&file, 24, 2);
   file.append(24, '\0');
   const std::string turned = ModelPixels(pixels, width * height);
+  file.reserve(file.size() + turned.size() + 2 * static_cast<std::size_t>(height));
   for (int n = 1; n <= width * height; ++n) {
-    file += turned.substr(3 * static_cast<std::size_t>(n - 1), 3);
+    file.append(turned, 3 * static_cast<std::size_t>(n - 1), 3);
     if (n % width == 0) file += "\x96\x08";
   }
   return file;
@@ -74,6 +81,34 @@ std::string ModelPath(const std::string& path, const std::string& suffix, const 
   }
   return path;
 }
+
+constexpr std::uint64_t kPhotos = 10000;  // each loads a decoder
+constexpr int kWidth = 102, kHeight = 126;
+
+// A photo decoder in the root directory, under a name of its own.
+void InstallDecoder(const std::string& behaviour, const std::string& name) {
+  std::filesystem::copy_file(QL_DECODERS "decoder_" + behaviour + ".so", "/" + name,
+                             std::filesystem::copy_options::overwrite_existing);
+}
+
+// What the good one of tests/image/decoder.c makes of a photo.
+std::string DecodedPixels(const std::string& photo) {
+  std::string pixels(std::size_t{3} * kWidth * kHeight, '\0');
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    const std::size_t sum = static_cast<unsigned char>(photo[i % 1024]) + i / 1024 + 608;
+    pixels[i] = static_cast<char>(static_cast<unsigned char>(sum % 256));
+  }
+  return pixels;
+}
+
+// A folder that is there, one that is not, and what was left by the photo before.
+std::string PhotoPath(Random& random) {
+  const std::string path = random.OneIn(8) ? "/none/photo" : WorkFolder() + "/photo";
+  if (random.OneIn(2)) unlink(path.c_str());
+  return path;
+}
+
+bool CanBeWritten(const std::string& path) { return path.rfind("/none/", 0) != 0; }
 
 }  // namespace
 
@@ -140,4 +175,66 @@ TEST(ModelOfFuncSaveHeadImg, IsEqual) {
 
     return Equal(0, library) && written.AreEqual();
   });
+}
+
+TEST(ModelOfGetPhotoBmp, IsEqual) {
+  NEEDS_PRIVATE_ROOT();
+  InstallDecoder("good", "good.so");
+  InstallDecoder("failing", "failing.so");
+  InstallDecoder("without_unpack", "without.so");
+  constexpr const char* kNames[] = {"failing.so", "without.so", "missing.so", "", "tmp"};
+  ForEachInput(
+      [&kNames](Random& random) {
+        const bool is_good = !random.OneIn(4);
+        const std::string name = is_good ? "good.so" : kNames[random.Between(0, 4)];
+        const std::string photo = random.Bytes(1024);
+        const std::string path = PhotoPath(random);
+        const std::string before = ReadWholeFile(path);
+        const bool is_made = is_good && CanBeWritten(path);
+
+        const int library = GetPhotoBmp(name.c_str(), BytesOf(photo), path.c_str());
+        const std::string model =
+            is_made ? ModelBmp(DecodedPixels(photo), kWidth, kHeight) : before;
+
+        return Equal(is_made, library != 0) && Equal(model, ReadWholeFile(path));
+      },
+      kPhotos);
+}
+
+TEST(ModelOfSavePhotoImage, IsEqual) {
+  NEEDS_PRIVATE_ROOT();
+  bool is_installed = false;
+  ForEachInput(
+      [&is_installed](Random& random) {
+        if (random.OneIn(16)) {
+          is_installed = !is_installed;
+          if (is_installed) InstallDecoder("good", "libwlt.so");
+          if (!is_installed) unlink("/libwlt.so");
+        }
+        std::string native = random.Bytes(4096);
+        const int text = random.OneIn(2) ? 256 : random.Between(0, 3000);
+        const int photo = random.OneIn(4) ? random.Between(1020, 1028) : 1024;
+        for (const auto& [at, length] : {std::pair(10U, text), std::pair(12U, photo)}) {
+          native[at] = static_cast<char>(length / 256);
+          native[at + 1] = static_cast<char>(length % 256);
+        }
+        const int finger = random.Between(0, 3);
+        const std::string path = PhotoPath(random);
+        std::string model = ReadWholeFile(path);
+
+        const int library = SavePhotoImage(finger, BytesOf(native), path.c_str());
+        int result = -2008;
+        if (photo == 1024) {
+          result = -2000;
+          if (is_installed && CanBeWritten(path)) {
+            result = 0;
+            const int at = text + (finger == 1 ? 16 : 14);
+            const std::string block = native.substr(static_cast<std::size_t>(at), 1024);
+            model = ModelBmp(DecodedPixels(block), kWidth, kHeight);
+          }
+        }
+
+        return Equal(result, library) && Equal(model, ReadWholeFile(path));
+      },
+      kPhotos);
 }

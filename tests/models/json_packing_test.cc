@@ -130,3 +130,103 @@ TEST(ModelOfFuncConvertIdInfoStruct, IsEqual) {
       },
       kTexts);
 }
+
+namespace {
+
+// One text after the other into the same place, as far as they come. Returns the result.
+class ModelPacker {
+ public:
+  // `photo`: of the card read last; empty when none is asked for. Without `kept` there is no card.
+  ModelPacker(char* out, std::string photo, bool kept)
+      : out_(out), photo_(std::move(photo)), kept_(kept) {}
+
+  void Pack(KeyValues values, bool is_collect) {
+    if (result_ != 0) return;
+    if (!photo_.empty()) {
+      if (is_collect && !kept_) {
+        result_ = -1;
+        return;
+      }
+      values.emplace_back("PhotoNativeData", is_collect ? Base64Of(photo_) : HexOf(photo_));
+      photo_.clear();
+    }
+    const std::string text = ModelText(values);
+    fits_ = fits_ && text.size() + 2 <= QL_JSON_SIZE;
+    if (!fits_) return;
+    if (is_collect) std::memset(out_, 0, text.size() + 2);
+    std::memcpy(out_, text.data(), text.size());
+  }
+  void Fail() {
+    if (result_ == 0) result_ = -1;
+  }
+
+  int result() const { return result_; }
+  bool fits() const { return fits_; }
+
+ private:
+  char* out_;
+  std::string photo_;
+  bool kept_;
+  bool fits_ = true;
+  int result_ = 0;
+};
+
+// Any of the five records, or null.
+template <typename Record>
+class Given {
+ public:
+  explicit Given(Random& random) : record_(AnyRecord<Record>(random)), is_given_(random.OneIn(3)) {}
+
+  Record* get() { return is_given_ ? &record_ : nullptr; }
+
+ private:
+  Record record_;
+  bool is_given_;
+};
+
+}  // namespace
+
+TEST(ModelOfFuncConvertIdInfoStructOfEveryKind, IsEqual) {
+  ForEachInput(
+      [](Random& random) {
+        Given<PERSONINFO_CHA_FP> china(random);
+        Given<PERSONINFO_FOR_FP> foreign(random);
+        Given<PERSONINFO_GAT_FP> gat(random);
+        Given<PERSONINFO_FP> person(random);
+        Given<PERSONINFO_COLLECT_FP> collect(random);
+        if (person.get() != nullptr) {
+          person.get()->cardType[0] = " IJ"[random.Between(0, 2)];
+          if (person.get()->name[0] == '\0') return true;
+        }
+        const bool has_photo = random.OneIn(8);
+        // Only the text of every kind says what is to be done when no card was read.
+        const bool only_collect = china.get() == nullptr && foreign.get() == nullptr &&
+                                  gat.get() == nullptr && person.get() == nullptr;
+        const bool kept = !only_collect || random.OneIn(2);
+        const std::string photo = has_photo ? KeepPhoto(random) : "";
+        if (!kept) tFunc_SetIdNativeData(nullptr, 0);
+        tFunc_SetAddPhotoDataToJsonFlag(has_photo ? 1 : 0);
+        Outputs<QL_JSON_SIZE> out;
+        ModelPacker model(out.model_text(), photo, kept);
+
+        const int library = tFuncConvertIdInfoStruct(
+            china.get(), foreign.get(), gat.get(), person.get(), collect.get(), out.library_text());
+        if (china.get() != nullptr) model.Pack(ValuesOf(*china.get()), false);
+        if (foreign.get() != nullptr) model.Pack(ValuesOf(*foreign.get()), false);
+        if (gat.get() != nullptr) model.Pack(ValuesOf(*gat.get()), false);
+        if (person.get() != nullptr) {
+          PERSONINFO_CHA_FP as_china = {};
+          PERSONINFO_FOR_FP as_foreign = {};
+          const char mark = person.get()->cardType[0];
+          model::ConverStruct(mark == ' ' ? &as_china : nullptr,
+                              mark == ' ' ? nullptr : &as_foreign, person.get());
+          if (mark == 'J') model.Fail();
+          model.Pack(mark == ' ' ? ValuesOf(as_china) : ValuesOf(as_foreign), false);
+        }
+        if (collect.get() != nullptr) model.Pack(ValuesOf(*collect.get()), true);
+        if (!model.fits()) return true;
+
+        return Equal(model.result(), library) && out.AreEqual();
+      },
+      kTexts);
+}

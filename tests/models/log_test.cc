@@ -255,3 +255,79 @@ TEST(ModelOfGetIniKeyString, IsEqual) {
       },
       kLines);
 }
+
+namespace {
+
+// Sections and keys that switch logging on, or nearly do.
+std::string AnyConfiguration(Random& random) {
+  constexpr const char* kStarts[] = {"[QuillonLog]",   "[quillonLog]", " [QuillonLog]", "[Other]",
+                                     "[QuillonLog] x", "LogFlag=",     "LogFlag = ",    "#LogFlag=",
+                                     "//LogFlag=",     "MyLogFlags=",  "logflag=",      "LogFlag"};
+  constexpr const char* kValues[] = {"0", "1", "2", "-1", " 1", "x", "", "1x", "0x1", "01", "\r"};
+  std::string text;
+  for (int lines = random.Between(0, 5); lines > 0; --lines) {
+    text += kStarts[random.OneIn(2) ? random.Between(0, 11) : 5 * random.Between(0, 1)];
+    if (random.OneIn(8)) {
+      text += std::to_string(static_cast<int>(random.Word()));
+    } else {
+      text += kValues[random.Between(0, 10)];
+    }
+    if (random.OneIn(8)) text += "\r";
+    text += "\n";
+  }
+  if (random.OneIn(8) && !text.empty()) text.pop_back();
+  return text;
+}
+
+// Any text that an application may name a file by.
+std::string AnyName(Random& random) {
+  std::string name = random.OneIn(4) ? "" : AnyMessage(random, 600);
+  if (random.OneIn(16)) name.resize(static_cast<std::size_t>(random.Between(510, 514)), '.');
+  return name;
+}
+
+}  // namespace
+
+TEST(ModelOfIsWriteLog, IsEqual) {
+  NEEDS_PRIVATE_ROOT();
+  std::string content;
+  WriteWholeFile(kConfigurationFile, content);
+  ForEachInput(
+      [&content](Random& random) {
+        if (random.OneIn(16)) {
+          content.clear();
+          unlink(kConfigurationFile);
+        } else {
+          content = AnyConfiguration(random);
+          WriteWholeFile(kConfigurationFile, content);
+        }
+        std::string value;
+        const char* const model = ModelValue(content, "QuillonLog", "LogFlag", &value);
+
+        return Equal(std::atoi(model != nullptr ? model : "0"), isWriteLog());
+      },
+      kLines);
+}
+
+// The name that is kept, and the path made of it. The other name changes nothing.
+TEST(ModelOfSetLogPath, IsEqual) {
+  std::string name;
+  ForEachInput([&name](Random& random) {
+    bool is_equal = true;
+    if (random.OneIn(2)) {
+      name = AnyName(random);
+      const auto* const kept = static_cast<const char*>(SetLogPath(name.c_str()));
+      name.resize(std::min<std::size_t>(name.size(), 512));
+      std::string zeros = name;
+      zeros.resize(512, '\0');
+      is_equal = Equal(zeros, std::string(kept, 512));
+    }
+    if (random.OneIn(2)) {
+      const std::string other = AnyName(random);
+      DPritLogSetFileName(random.OneIn(8) ? nullptr : other.c_str());
+    }
+    const std::string path = "/home/quillon/" + (name.empty() ? "Alg_debug.log" : name);
+
+    return is_equal && Equal(path, std::string(getLogFilePath()));
+  });
+}

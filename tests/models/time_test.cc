@@ -3,9 +3,12 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 
+#include "quillonid/quillonid.h"
 #include "quillonid/results.h"
 #include "quillonid/support.h"
+#include "tests/carddata/iconv_text.h"
 #include "tests/models/model.h"
 #include "tests/support/still_log.h"
 #include "tests/testing/published_results.h"
@@ -49,6 +52,33 @@ bool IsValid(const unsigned char* bcd) {
   constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   const bool is_leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
   return day <= (month == 2 && is_leap ? 29 : kDays[month - 1]);
+}
+
+// GBK, but for the text of an unknown code.
+std::string MessageOf(int code) {
+  static const std::map<int, std::string> messages = [] {
+    const Iconv gbk("GBK", "UTF-8");
+    std::map<int, std::string> made = {
+        {0,    "操作成功"            },
+        {-1,   "设备错误"            },
+        {-2,   "接收错误"            },
+        {-3,   "发送错误"            },
+        {-4,   "校验错误"            },
+        {-5,   "超时"                  },
+        {-7,   "解析头像错误"      },
+        {-8,   "保存图像错误"      },
+        {-9,   "取消"                  },
+        {-11,  "卡片类型错误"      },
+        {-10,  "未找到卡片"         },
+        {-100, "其他错误"            },
+        {-12,  "二代证设备不支持"},
+        {-13,  "参数错误"            }
+    };
+    for (auto& [number, text] : made) text = gbk(text).value();
+    return made;
+  }();
+  const auto known = messages.find(code);
+  return known == messages.end() ? "未知错误" : known->second;
 }
 
 }  // namespace
@@ -158,5 +188,22 @@ TEST(ModelOfTYIdConvertErr, IsEqual) {
     TY_Id_ConvertErr(code, &library);
 
     return Equal(PublishedResult(code), library);
+  });
+}
+
+TEST(ModelOfTYIDGetErrMessage, IsEqual) {
+  ForEachInput([](Random& random) {
+    const int code = random.OneIn(4)   ? static_cast<int>(random.Word())
+                     : random.OneIn(4) ? random.Between(-2010, -1990)
+                     : random.OneIn(4) ? random.Between(-110, 2000)
+                                       : random.Between(-101, 3);
+    Outputs<QL_MESSAGE_SIZE> out(random);
+
+    const char* const library = random.OneIn(2)
+                                    ? TY_IDGetErrMessage(code, out.library_text())
+                                    : APP_ID_IDGetErrCodeMessage(code, out.library_text());
+    WriteText(MessageOf(code), out.model_text());
+
+    return Equal<const char*>(out.library_text(), library) && out.AreEqual();
   });
 }
