@@ -186,9 +186,11 @@ bool IsAnswerSize(std::size_t size) {
   return size == kSizePlain || size == kSizeNoTemplates || size == kSizeWithTemplates;
 }
 
+bool HasTemplates(std::size_t size) { return size == kSizeWithTemplates; }
+
 std::vector<ByteMeaning> ByteMeanings(const Card& card) {
   const std::size_t size = card.native.size();
-  const std::size_t templates = size == kSizeWithTemplates ? kTemplatesSize : 0;
+  const std::size_t templates = HasTemplates(size) ? kTemplatesSize : 0;
   Walk walk(card);
   walk.TakeFixed(simulator::kPreamble, Tr("preamble", "前导"));
   walk.TakeLength(size - 7, Tr("length of what follows, big-endian", "其后长度，大端"));

@@ -25,6 +25,9 @@ struct ByteMeaning {
 // Whether a card answer may have this many bytes.
 bool IsAnswerSize(std::size_t size);
 
+// Whether an answer of this many bytes carries fingerprint templates.
+bool HasTemplates(std::size_t size);
+
 // The answer in `card.native`, whose size is that of an answer, from its first byte to its last
 // without a gap. Values are those of the card's record, so that a redacted card stays redacted.
 std::vector<ByteMeaning> ByteMeanings(const Card& card);

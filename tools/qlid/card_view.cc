@@ -9,6 +9,7 @@
 #include <ctime>
 #include <string_view>
 
+#include "carddata/layout.h"
 #include "quillonid/carddata.h"
 #include "tools/qlid/byte_meanings.h"
 #include "tools/qlid/terminal.h"
@@ -16,12 +17,15 @@
 namespace qlid {
 namespace {
 
-// A field's text without the card's padding.
-template <std::size_t kWidth>
-std::string Text(const char (&field)[kWidth]) {
-  std::string text(field, strnlen(field, kWidth));
+// Without the card's padding.
+std::string Trimmed(std::string text) {
   text.erase(text.find_last_not_of(' ') + 1);
   return text;
+}
+
+template <std::size_t kWidth>
+std::string Text(const char (&field)[kWidth]) {
+  return Trimmed(std::string(field, strnlen(field, kWidth)));
 }
 
 bool IsDate(const std::string& text) {
@@ -79,12 +83,6 @@ void Append(std::vector<Row>* rows, const char* label, const std::string& text) 
   if (!text.empty()) rows->push_back({label, Printable(text)});
 }
 
-template <std::size_t kWidth>
-void Put(char (&field)[kWidth], const std::string& text) {
-  std::memset(field, 0, kWidth);
-  std::memcpy(field, text.data(), std::min(text.size(), kWidth - 1));
-}
-
 // The first character stays, the others become "*".
 std::string MaskedName(const std::string& name) {
   if (name.empty()) return name;
@@ -101,16 +99,52 @@ std::string MaskedName(const std::string& name) {
   return masked;
 }
 
-// The first six and the last four characters stay, where that hides at least four.
+// The issuer's part in front and what tells cards of one day apart at the end stay, the date of
+// birth between them does not: the number of a card of today has 18 characters, 8 of them the date;
+// the former foreigner's number has 15, 6 of them the date and two behind it.
 std::string MaskedNumber(const std::string& number) {
+  constexpr std::size_t kFront = 6;
+  const std::size_t end = number.size() == 18 ? 4 : 2;
   if (number.size() < 14) return std::string(number.size(), '*');
-  return number.substr(0, 6) + std::string(number.size() - 10, '*') +
-         number.substr(number.size() - 4);
+  return number.substr(0, kFront) + std::string(number.size() - kFront - end, '*') +
+         number.substr(number.size() - end);
 }
+
+std::string Stars(const std::string& text) { return std::string(text.size(), '*'); }
+std::string Starred(const std::string& text) { return text.empty() ? "" : "***"; }
+
+// What --redact leaves of a field. One that has no row here is emptied.
+struct Mask {
+  std::string_view member;
+  std::string (*left)(const std::string& text);  // null: all of it
+};
+constexpr Mask kMasks[] = {
+    {"name",       MaskedName  },
+    {"EngName",    MaskedName  },
+    {"birthday",   Stars       },
+    {"cardId",     MaskedNumber},
+    {"passNumber", MaskedNumber},
+    {"address",    Starred     },
+    {"version",    nullptr     },
+    {"govCode",    nullptr     },
+    {"cardType",   nullptr     },
+    {"sex",        nullptr     },
+    {"nation",     nullptr     },
+    {"police",     nullptr     },
+    {"validStart", nullptr     },
+    {"validEnd",   nullptr     },
+    {"sexCode",    nullptr     },
+    {"nationCode", nullptr     },
+    {"signTimes",  nullptr     },
+};
 
 void AppendTemplates(std::vector<Row>* rows, const Card& card) {
   if (!card.fingerprints_asked) return;
   const int templates = (card.record.fingerData1[0] ? 1 : 0) + (card.record.fingerData2[0] ? 1 : 0);
+  if (templates == 0 && HasTemplates(card.native.size())) {
+    Append(rows, Tr("Fingers", "指纹"), Tr("masked", "已遮盖"));
+    return;
+  }
   Append(rows, Tr("Fingers", "指纹"),
          templates ? Format(Tr("%d templates", "%d 个模板"), templates)
                    : Tr("none on this card", "卡内无指纹"));
@@ -185,18 +219,17 @@ bool DecodeCard(const std::vector<std::uint8_t>& native, Card* card, std::string
 }
 
 void Redact(Card* card) {
-  PERSONINFO_COLLECT_FP& record = card->record;
-  Put(record.name, MaskedName(Text(record.name)));
-  Put(record.EngName, MaskedName(Text(record.EngName)));
-  Put(record.cardId, MaskedNumber(Text(record.cardId)));
-  Put(record.passNumber, MaskedNumber(Text(record.passNumber)));
-  Put(record.address, Text(record.address).empty() ? "" : "***");
-  Put(record.reserved, "");
-  Put(record.fingerData1, "");
-  Put(record.fingerData2, "");
-  // The birthday is part of the number, so only its year stays.
-  const std::string birthday = Text(record.birthday);
-  if (IsDate(birthday)) Put(record.birthday, birthday.substr(0, 4) + "****");
+  for (const Field& field : kCollectRecord) {
+    const auto* mask = std::find_if(std::begin(kMasks), std::end(kMasks),
+                                    [&](const Mask& row) { return row.member == field.name; });
+    const bool known = mask != std::end(kMasks);
+    if (known && !mask->left) continue;
+    char* written = field.In(&card->record);
+    const std::string text = Trimmed(std::string(written, strnlen(written, field.width)));
+    const std::string left = known ? mask->left(text) : "";
+    std::memset(written, 0, field.width);
+    std::memcpy(written, left.data(), std::min<std::size_t>(left.size(), field.width - 1U));
+  }
 }
 
 std::vector<Row> CardRows(const Card& card) {

@@ -27,8 +27,7 @@ struct Card {
 // Takes a saved or kept read reply apart. False when it is none, with the reason in `problem`.
 bool DecodeCard(const std::vector<std::uint8_t>& native, Card* card, std::string* problem);
 
-// Replaces what identifies the holder: name, English name, number, pass, address, photo,
-// fingerprints.
+// Replaces what identifies the holder. A field that is not known to be harmless is emptied.
 void Redact(Card* card);
 
 // One line of what is shown: a label and its text.
