@@ -61,8 +61,13 @@ bool FindInText(const char* text, std::size_t size, std::string_view section, st
   return false;
 }
 
-// Reads from the file's beginning until `buffer` is full or the file ends. pread fails on pipes,
-// sockets and terminals, so that none of them is taken for a file or emptied.
+// Pipes, sockets and terminals are not emptied, and devices may give bytes without end.
+bool IsRegular(int fd) {
+  struct stat status = {};
+  return fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// Reads from the file's beginning until `buffer` is full or the file ends.
 std::size_t ReadFromStart(int fd, char* buffer, std::size_t size) {
   std::size_t got = 0;
   while (got < size) {
@@ -76,8 +81,6 @@ std::size_t ReadFromStart(int fd, char* buffer, std::size_t size) {
 
 bool FindInLargeFile(int fd, std::string_view section, std::string_view key,
                      char (&value)[kIniValueSize]) {
-  struct stat status = {};
-  if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return false;
   const HeapBytes block(static_cast<unsigned char*>(std::malloc(kMostBytes)));
   if (block == nullptr) return false;
   char* const text = reinterpret_cast<char*>(block.get());
@@ -91,11 +94,12 @@ IniLookup FindIniValue(const char* path, const char* section, const char* key,
   if (path == nullptr || section == nullptr || key == nullptr) return IniLookup::kNotFound;
   const Descriptor file(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!file) return errno == ENOENT ? IniLookup::kNoFile : IniLookup::kNotFound;
+  if (!IsRegular(file.get())) return IniLookup::kNotFound;
 
   char page[kPage];
   const ssize_t got = pread(file.get(), page, sizeof page, 0);
   if (got <= 0) return IniLookup::kNotFound;
-  // Only a full page asks for more calls: devices that give bytes without end fill it, too.
+  // Only a full page asks for more calls.
   const bool found = static_cast<std::size_t>(got) < sizeof page
                          ? FindInText(page, static_cast<std::size_t>(got), section, key, value)
                          : FindInLargeFile(file.get(), section, key, value);
