@@ -121,9 +121,11 @@ void PutFile(const Headers& headers, const PixelRows& rows, const unsigned char*
 
 void Convert2RGBData(const unsigned char* src, int width, int height, unsigned char* dst) {
   const std::int64_t pixels = static_cast<std::int64_t>(width) * height;
-  const std::int64_t size = pixels * kPixelSize;
   // In overlapping blocks the order of reading and writing shows.
-  const bool apart = pixels <= 0 || src >= dst + size || dst >= src + size;
+  const auto size = static_cast<std::uint64_t>(pixels) * kPixelSize;  // may pass a signed one
+  const auto from = reinterpret_cast<std::uintptr_t>(src);
+  const auto to = reinterpret_cast<std::uintptr_t>(dst);
+  const bool apart = pixels <= 0 || (from < to ? to - from : from - to) >= size;
   Exchange(src, pixels, dst, apart && HasByteShuffle());
 }
 

@@ -1,4 +1,7 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <climits>
 
@@ -122,10 +125,27 @@ TEST(SaveBmp, FailsWhenTheFileCannotBeOpened) {
 }
 
 TEST(SaveBmp, NoticesAFullDisk) {
-  // A small file fails when it is closed, a large one when it is written.
   const Bytes pixels(38556);
   EXPECT_EQ(0, SaveBmp("/dev/full", pixels.data(), 2, 2));
   EXPECT_EQ(0, SaveBmp("/dev/full", pixels.data(), 102, 126));
+}
+
+// What has no length to cut takes a picture like a file.
+TEST(SaveBmp, WritesToADeviceOrPipe) {
+  const Bytes pixels(38556);
+  EXPECT_EQ(1, SaveBmp("/dev/null", pixels.data(), 2, 2));
+  EXPECT_EQ(1, SaveBmp("/dev/null", pixels.data(), 102, 126));
+
+  const std::string pipe = TemporaryFolder() + "/pipe.bmp";
+  ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  ASSERT_GE(reader, 0);
+  ASSERT_EQ(1, SaveBmp(pipe.c_str(), kFourPixels.data(), 2, 2));
+  char file[128];
+  ASSERT_EQ(70, read(reader, file, sizeof file));
+  close(reader);
+  EXPECT_EQ("03 02 01 06 05 04 96 08 09 08 07 0C 0B 0A 96 08",
+            HexText(file, 70).substr(kHeadersText));
 }
 
 TEST(SaveBmp, RefusesNullPixels) { EXPECT_EQ(0, SaveBmp(Path().c_str(), nullptr, 2, 2)); }
