@@ -21,6 +21,7 @@ namespace {
 
 constexpr int kChunk = 1024;                    // bytes that one log line of a read reports
 constexpr std::int64_t kMostEncoded = 1 << 30;  // a file whose text still fits an int
+constexpr std::size_t kMostOfDevice = 1 << 20;  // a device that gives as much has no end
 constexpr int kReading = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 const char* Shown(const char* text) { return text == nullptr ? "(null)" : text; }
@@ -61,6 +62,17 @@ std::size_t WriteUpTo(int fd, const unsigned char* bytes, std::size_t size) {
     put += static_cast<std::size_t>(n);
   }
   return put;
+}
+
+// A character device is read first: the target stays unless the device ends.
+int CopyDevice(int source, const char* dst) {
+  const HeapBytes content = ZeroedHeap(kMostOfDevice);
+  if (content == nullptr) return 0;
+  const Content got = ReadUpTo(source, content.get(), kMostOfDevice);
+  if (!got.whole || got.size == kMostOfDevice) return 0;
+  Descriptor target(open(dst, kReplacing, 0666));
+  const bool written = target && WriteAll(target.get(), content.get(), got.size);
+  return target.Close() && written ? 1 : 0;
 }
 
 }  // namespace
@@ -137,7 +149,10 @@ int CopyFile(const char* src, const char* dst, int overwrite) {
 
   const Descriptor source(open(src, kReading));
   struct stat from = {};
-  if (!source || !IsRegular(source.get(), from)) return 0;
+  if (!source) return 0;
+  const bool regular = IsRegular(source.get(), from);
+  if (S_ISCHR(from.st_mode)) return CopyDevice(source.get(), dst);
+  if (!regular) return 0;
   struct stat to = {};
   if (stat(dst, &to) == 0 && to.st_dev == from.st_dev && to.st_ino == from.st_ino) return 0;
   Descriptor target(open(dst, kReplacing, 0666));

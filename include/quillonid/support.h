@@ -141,8 +141,9 @@ QL_API int WriteFileData(const char* path, const void* buf, int n);
 /** Never writes; returns -1. */
 QL_API int WriteDataToFile(void* ignored, const char* fileName, const unsigned char* data, int len);
 
-/** Copies a regular file to another; with `overwrite` 0 an existing target stays. Returns 1 when
- *  copied, else 0. */
+/** Copies a file; with `overwrite` 0 an existing target stays. The source is a regular file, or a
+ *  character device that ends within 1 MiB and has its bytes at hand: "/dev/null" gives an empty
+ *  target. Returns 1 when copied, else 0. */
 QL_API int CopyFile(const char* src, const char* dst, int overwrite);
 
 /** 1 when `path` ends in "/" or opens as a directory, else 0. */

@@ -15,6 +15,7 @@
 #include "tests/testing/held.h"
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
+#include "tests/testing/pty.h"
 
 namespace {
 
@@ -240,6 +241,29 @@ TEST(CopyFile, LeavesTheTargetWhenTheSourceCannotBeRead) {
   EXPECT_EQ("existing", ReadWholeFile(target));
   EXPECT_EQ(0, CopyFile(kMissing.c_str(), PathOf("none").c_str(), 1));
   EXPECT_FALSE(FileExists(PathOf("none")));
+}
+
+TEST(CopyFile, CopiesADeviceThatEnds) {
+  const std::string target = FileOf("existing", "target");
+  const Pty terminal;
+  terminal.Send("line\n\x04");  // Ctrl-D: the end
+
+  EXPECT_EQ(1, CopyFile(terminal.path().c_str(), target.c_str(), 1));
+  EXPECT_EQ("line\n", ReadWholeFile(target));
+  EXPECT_EQ(1, CopyFile("/dev/null", target.c_str(), 1));
+  EXPECT_EQ("", ReadWholeFile(target));
+  EXPECT_EQ(1, CopyFile("/dev/null", "/dev/null", 1));
+  EXPECT_EQ(0, CopyFile("/dev/null", kMissing.c_str(), 1));
+}
+
+TEST(CopyFile, LeavesTheTargetOfADeviceThatDoesNotEnd) {
+  const std::string target = FileOf("existing", "target");
+  const Pty silent;
+
+  EXPECT_EQ(0, CopyFile(silent.path().c_str(), target.c_str(), 1));
+  EXPECT_EQ(0, CopyFile("/dev/zero", target.c_str(), 1));
+
+  EXPECT_EQ("existing", ReadWholeFile(target));
 }
 
 TEST(CopyFile, LeavesASourceThatIsTheTarget) {
