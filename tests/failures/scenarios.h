@@ -5,6 +5,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace failures {
@@ -24,6 +25,8 @@ struct Step {
   int good;
   std::vector<int> failures;  // other results that it may have
   Leaves leaves = Leaves::kNothing;
+  // Instead of `failures`, by the name of the function that fails.
+  std::vector<int> (*failures_of_call)(std::string_view name) = nullptr;
 };
 
 struct Scenario {

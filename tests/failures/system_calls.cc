@@ -56,7 +56,11 @@ int Tcgetattr(int fd, termios* settings) {
 int Tcsetattr(int fd, int action, const termios* settings) {
   if (!IsRunning()) return tcsetattr(fd, action, settings);
   static const Import& row = Row("tcsetattr");
-  if (const Way way = NextWay(row, false)) return Fail(way, EIO);
+  if (const Way way = NextWay(row, false)) {
+    World& world = TheWorld();
+    world.restoring_refused |= way == kError && SameSettings(*settings, world.first_settings);
+    return Fail(way, EIO);
+  }
   if (action == TCSAFLUSH) TheWorld().arrived.clear();
   return tcsetattr(fd, action, settings);
 }

@@ -2,6 +2,7 @@
 
 #include <cjson/cJSON.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -56,6 +57,12 @@ World& TheWorld() {
   return world;
 }
 
+bool SameSettings(const termios& one, const termios& other) {
+  return one.c_iflag == other.c_iflag && one.c_oflag == other.c_oflag &&
+         one.c_cflag == other.c_cflag && one.c_lflag == other.c_lflag &&
+         std::equal(std::begin(one.c_cc), std::end(one.c_cc), std::begin(other.c_cc));
+}
+
 bool IsRunning() { return s_running; }
 
 void InstallStandIns() {
@@ -78,6 +85,7 @@ void BeginRun(const Plan& plan) {
   world.taken = 0;
   world.nanoseconds = 0;
   world.tty_was_open = false;
+  world.restoring_refused = false;
   world.module.Reset();
   fake_libusb::Now().calls.clear();
   fake_libusb::Now().written.clear();

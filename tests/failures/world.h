@@ -4,6 +4,8 @@
 #ifndef QUILLONID_TESTS_FAILURES_WORLD_H
 #define QUILLONID_TESTS_FAILURES_WORLD_H
 
+#include <termios.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -48,6 +50,8 @@ struct World {
   std::size_t taken = 0;             // of them, since it last had room
   std::int64_t nanoseconds = 0;      // since the start of the run
   bool tty_was_open = false;
+  termios first_settings = tty.Settings();
+  bool restoring_refused = false;  // a change back to the first settings failed
 
   Plan plan;
   const Import* failing = nullptr;  // the function of the plan's call, once it was made
@@ -63,6 +67,9 @@ struct World {
 };
 
 World& TheWorld();
+
+// Of a tty, but for the input speed, which nobody sets apart.
+bool SameSettings(const termios& one, const termios& other);
 
 // Puts the stand-ins into the library's import slots, and counts cJSON's blocks. Calls outside a
 // run go through.

@@ -118,12 +118,14 @@ int libusb_detach_kernel_driver(libusb_device_handle* handle, int interface_numb
 int libusb_claim_interface(libusb_device_handle* handle, int interface_number) {
   OnHandle("claim", handle);
   EXPECT_EQ(0, interface_number);
+  if (Now().claim_result == 0) ++Now().claims;
   return Now().claim_result;
 }
 
 int libusb_release_interface(libusb_device_handle* handle, int interface_number) {
   OnHandle("release", handle);
   EXPECT_EQ(0, interface_number);
+  --Now().claims;
   return 0;
 }
 

@@ -49,6 +49,7 @@ struct State {
   std::vector<std::vector<unsigned char>> written;
   int contexts = 0;  // inits without their exit
   int lists = 0;     // lists that are not freed
+  int claims = 0;    // claimed interfaces
   int handles = 0;   // open handles
 };
 
