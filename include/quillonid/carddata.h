@@ -56,8 +56,9 @@ QL_API int IdForeignParam(const unsigned char* native, int offset, PERSONINFO_FO
 QL_API int IdGatParam(const unsigned char* native, int offset, PERSONINFO_GAT_FP* record);
 /** A resident text block into the combined record. */
 QL_API int IdParam_FP(const unsigned char* native, int offset, PERSONINFO_FP* record);
-/** As IdGatParam(); with `total` above 1,297 also converts the two 512-byte pieces behind the text
- *  into the template fields, as if they were text. */
+/** As IdGatParam(); with `total` above 1,297 also converts the two 512-byte pieces behind the text,
+ *  as if they were text, into the template fields: of each the first 256 bytes, all that
+ *  GetPersonParam() looks at. */
 QL_API int IdGATParam_FP(int total, const unsigned char* native, int offset,
                          PERSONINFO_GAT_FP* record);
 
@@ -132,7 +133,9 @@ QL_API int tFuncConvertStruct2Collect(const PERSONINFO_CHA_FP* china,
  *  Without memory for the text the result is -1 and the output an empty text. After either failure
  *  a photo that was asked for is added by the next packer.
  *
- *  Readers look keys up in any letter case and cut a value at its field's width.
+ *  Readers find keys as they are spelled here, and in any other letter case that tolower() of the
+ *  program's locale folds: in a Turkish one with ISO 8859-9 "idnumber" is not "IDNumber". They cut
+ *  a value at its field's width.
  *  @{ */
 
 /** Packs a resident card; "CardType" is one blank. Returns 0 or -1. */
@@ -193,8 +196,8 @@ QL_API int UnicodeToUTF8(const unsigned char* source, int sourceLen, char* dest,
 QL_API void GBKToUTF8(const char* source, char* dest, int destSize);
 
 /** GBK text of at most 255 bytes to at most `max` UCS-2 units, without a terminator; a byte that is
- *  no GBK becomes '?'. With `dest` null counts the characters. Returns the units, or -1 for a null
- *  source. */
+ *  no GBK becomes '?'. The length of a longer text counts modulo 256; `max` counts as it is. With
+ *  `dest` null counts the characters. Returns the units, or -1 for a null source. */
 QL_API int GbkToUcs2(uint16_t* dest, const char* source, int max);
 
 /** Zero-terminated UCS-2 to GBK in `dest` of `destSize` bytes; a character without a GBK form

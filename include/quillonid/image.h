@@ -34,7 +34,7 @@ QL_API int SavePhotoImage(int bFinger, const unsigned char* native, const char* 
  *  The decoder exports `int unpack(unsigned char* photo, unsigned char* pixels, int)`, which gives
  * 0 for a photo that it cannot decode. It is called with the block, room for 102 x 126 pixels of 3
  *  bytes (R, G, B; bottom row first) and 608. One that writes more is refused. It is loaded for
- * each photo and runs inside the process: install only a decoder that you trust.
+ *  each photo and runs inside the process: read in a helper process when it is not trusted.
  *  @param photo  #QL_PHOTO_BLOCK_SIZE bytes
  *  @return non-zero when done, else 0 */
 QL_API int GetPhotoBmp(const char* libraryName, const unsigned char* photo, const char* bmpPath);
@@ -62,7 +62,9 @@ QL_API void GetImgPathEx(const char* path, const char* suffix, const char* name,
 
 /** Makes the head photo's file name as GetImgPathEx() does, with the suffix "-head.bmp", and writes
  *  it back. No file is written.
- *  @param szHeadName  name of the file without suffix: the card number
+ *  @param szHeadName  name of the file without suffix: the card number. It is used as the card has
+ *                     it: one with "/" or "../" makes a name outside the directory. Look at a name
+ *                     before writing or deleting what it stands for
  *  @param szHeadImg   directory, pattern or file name in a buffer of #QL_IMAGE_PATH_SIZE bytes; a
  *                     longer name is cut. Null or empty: nothing happens
  *  @return 0 */

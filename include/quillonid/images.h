@@ -25,7 +25,8 @@ QL_BEGIN_DECLS
 
 /** @name Head photo
  *  Name the file of the head photo as tFuncSaveHeadImg() does, after the card number, and write
- *  the name back to `path`. The photo itself is written by the read.
+ *  the name back to `path`. The photo itself is written by the read. A card number with "/" or
+ *  "../" makes a name outside the directory; nothing is ever written to it here.
  *  @{ */
 /** Resident or foreigner's card. */
 QL_API int APP_ID_SaveHeadImg(const PERSONINFO* record, char* path);

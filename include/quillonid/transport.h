@@ -140,7 +140,8 @@ QL_API int COMM_Com_CloseAuxPort(uint32_t mode_flag);
 /** Opens the first device with these ids, resets it and takes interface 0 from the kernel's driver,
  *  which does not come back before the device is plugged in again. While a device is open, returns
  *  0 and keeps it, whatever the ids. Returns 0, -50 (no such device) or -3 (it cannot be opened or
- *  claimed); after a failure nothing is open. */
+ *  claimed, as when the reset makes it leave the bus and come back as a new device); after a
+ *  failure nothing is open. */
 QL_API int COMM_Hid_OpenLinuxUsbLibHid(uint32_t vendor_id, uint32_t product_id);
 /** Sends `len` bytes in at most 5 transfers of at most 1 s each. Returns `len`, -50 (not open) or
  *  -54 (a transfer failed, or bytes are left after the fifth). */
