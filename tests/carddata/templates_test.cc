@@ -166,35 +166,69 @@ TEST(tFuncGetFpTemplate, IgnoresNull) {
   EXPECT_STREQ("#", field);
 }
 
-// The text block is found by the mode alone; no length moves a text or a byte outside the record.
-TEST(NativeDataParsers, GiveTheSameTextForEveryValueOfEveryLength) {
-  const Bytes text = CardText(RecordKind::kGat, {
-                                                    {"name",         u"张三"},
-                                                    {"gatReserved3", u"xyz"   }
-  });
+namespace {
+
+const std::string kNumber = "999999199001010";
+
+Bytes CardOf(RecordKind kind) {
+  CardTexts texts = {
+      {"name",    u"张三"         },
+      {"sexCode", u"1"              },
+      {"cardId",  u"999999199001010"}
+  };
+  if (kind == RecordKind::kChina) texts["nationCode"] = u"01";
+  if (kind == RecordKind::kForeign) texts["nationCode"] = u"USA";
+  return CardText(kind, texts);
+}
+
+// Every value of every length, in both modes: no length moves a text or a byte outside the record.
+template <typename Record, typename Parse>
+void ExpectTheSameText(RecordKind kind, const Bytes& text, Parse parse) {
   NativeBuffer buffer;
   for (const int mode : {0, 1}) {
     const Bytes native = NativeData(mode, text, mode == 1 ? Counting(1024) : Bytes());
     buffer.Fill(native);
-    RawRecord clean(RecordKind::kGat, true);
-    ASSERT_EQ(0, GetPersonGATInfo(mode, buffer.bytes(), clean.As<PERSONINFO_GAT_FP>()));
-    ASSERT_EQ("xyz", clean.Text("gatReserved3"));
+    RawRecord clean(kind, true);
+    ASSERT_EQ(0, parse(mode, buffer.bytes(), clean.As<Record>()));
+    ASSERT_EQ(kNumber, clean.Text("cardId").substr(0, kNumber.size()));
+    ASSERT_EQ("男", clean.Text("sex"));
     const std::size_t texts = FieldNamed(clean.fields(), "fingerData1").offset;
+    RawRecord raw(kind, true);
+    Record* const record = raw.As<Record>();
     for (std::size_t at = kTextLengthAt; at <= (mode == 1 ? kFingerLengthAt : kPhotoLengthAt);
          at += 2) {
       for (unsigned value = 0; value <= 0xFFFF; ++value) {
         buffer.Put(at, value);
-        RawRecord record(RecordKind::kGat, true);
+        std::memset(record, 0, sizeof *record);
 
-        ASSERT_EQ(0, GetPersonGATInfo(mode, buffer.bytes(), record.As<PERSONINFO_GAT_FP>()));
+        ASSERT_EQ(0, parse(mode, buffer.bytes(), record));
 
-        ASSERT_EQ(clean.bytes().substr(0, texts), record.bytes().substr(0, texts)) << value;
-        ASSERT_TRUE(record.IsTailUntouched()) << value;
-        ASSERT_EQ('\0', record.Get("fingerData1").back());
-        ASSERT_EQ('\0', record.Get("fingerData2").back());
+        ASSERT_EQ(0, std::memcmp(clean.As<Record>(), record, texts)) << at << ' ' << value;
+        ASSERT_EQ('\0', record->fingerData1[1024]);
+        ASSERT_EQ('\0', record->fingerData2[1024]);
       }
+      ASSERT_TRUE(raw.IsTailUntouched()) << at;
       buffer.Fill(native);
     }
+  }
+}
+
+}  // namespace
+
+// The text block is found by the mode alone.
+TEST(NativeDataParsers, GiveTheSameTextForEveryValueOfEveryLength) {
+  const Bytes china = CardOf(RecordKind::kChina);
+  const Bytes foreign = CardOf(RecordKind::kForeign);
+  const Bytes gat = CardOf(RecordKind::kGat);
+  ExpectTheSameText<PERSONINFO_CHA_FP>(RecordKind::kChina, china, GetPersonChinaInfo);
+  ExpectTheSameText<PERSONINFO_FOR_FP>(RecordKind::kForeign, foreign, GetPersonForeignInfo);
+  ExpectTheSameText<PERSONINFO_GAT_FP>(RecordKind::kGat, gat, GetPersonGATInfo);
+  for (const int foreigner : {0, 1}) {
+    ExpectTheSameText<PERSONINFO_FP>(
+        RecordKind::kPerson, foreigner == 0 ? china : foreign,
+        [=](int mode, const unsigned char* native, PERSONINFO_FP* record) {
+          return GetPersonInfo(foreigner, mode, native, record);
+        });
   }
 }
 

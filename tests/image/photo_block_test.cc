@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "quillonid/image.h"
@@ -69,18 +70,30 @@ TEST(GetPhotoData, RefusesAnotherPhotoLength) {
   }
 }
 
-TEST(GetPhotoData, NeverReadsPastTheNativeDataWhateverTheTextLength) {
+TEST(GetPhotoData, TakesTheBlockBehindTheTextWhateverItsLength) {
   GuardedNativeData native;
-  const Bytes content = NativeData(0, 1024, 14, Bytes(4096 - 14, 0x5A));
-  std::memcpy(native.bytes(), content.data(), content.size());
-  Bytes photo(1024);
+  Bytes content(4096);  // No two blocks of it are equal.
+  for (std::size_t i = 0; i < content.size(); ++i) {
+    content[i] = static_cast<unsigned char>(i * 167 + i / 256);
+  }
+  content[12] = 1024 / 256;
+  content[13] = 0;
+  Bytes photo(1024 + 1);
   for (const int mode : {0, 1}) {
-    const int most = 4096 - 1024 - (mode == 1 ? 16 : 14);
-    for (int length = 0; length <= 0xFFFF; ++length) {
-      native.bytes()[10] = static_cast<unsigned char>(length >> 8);
-      native.bytes()[11] = static_cast<unsigned char>(length);
-      const int expected = length <= most ? 1024 : -2;
-      ASSERT_EQ(expected, tFunc_GetPhotoData(mode, native.bytes(), photo.data())) << length;
+    const std::size_t text_at = mode == 1 ? 16 : 14;
+    const std::size_t most = 4096 - 1024 - text_at;
+    for (std::size_t length = 0; length <= 0xFFFF; ++length) {
+      content[10] = static_cast<unsigned char>(length >> 8);
+      content[11] = static_cast<unsigned char>(length);
+      std::memcpy(native.bytes(), content.data(), content.size());
+      std::fill(photo.begin(), photo.end(), 0xEE);
+
+      const int result = tFunc_GetPhotoData(mode, native.bytes(), photo.data());
+
+      ASSERT_EQ(length <= most ? 1024 : -2, result) << length;
+      const unsigned char* const block = content.data() + text_at + length;
+      ASSERT_TRUE(length > most || std::memcmp(block, photo.data(), 1024) == 0) << length;
+      ASSERT_EQ(0xEE, photo[length <= most ? 1024 : 0]) << length;
     }
   }
 }

@@ -344,7 +344,7 @@ TEST_F(UsbReader, PutsNothingBackWhenTheBufferRanFull) {
 }
 
 TEST_F(UsbReader, TakesAFloodOfWholeTransfers) {
-  Script({});
+  Script({Bytes(64, 0xFF)});  // The last whole one reaches past the end.
   fake_libusb::Now().otherwise = {.bytes = Bytes(1024, 0xFF)};
 
   EXPECT_EQ(4096, Exchange(4096));
