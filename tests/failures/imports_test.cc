@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "tests/failures/library_file.h"
 
@@ -30,6 +32,11 @@ TEST(LibraryImports, StillHoldEveryCallThatIsMadeToFail) {
   for (const Import& row : Imports()) {
     EXPECT_TRUE(row.stand_in == nullptr || imported.contains(&row)) << row.name;
   }
+}
+
+// Else an application's "test" or "CopyFile" would be called instead.
+TEST(LibraryImports, AreNoFunctionsOfItsOwn) {
+  EXPECT_EQ(std::vector<std::string>{}, OwnFunctionSlots());
 }
 
 TEST(LibraryImports, AreFoundUnderThePlainName) {

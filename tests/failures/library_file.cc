@@ -76,20 +76,27 @@ void MakeWritable(void** place) {
   }
 }
 
-void AddSlots(const link_map& map, ElfW(Sxword) table, ElfW(Sxword) size,
-              std::vector<Slot>* slots) {
+// Calls `found` with the symbol of each slot, its name and its place.
+template <typename Found>
+void ForEachSlot(const link_map& map, ElfW(Sxword) table, ElfW(Sxword) size, Found found) {
   const auto* const symbols = DynamicPointer<ElfW(Sym)>(map, DT_SYMTAB);
   const auto* const names = DynamicPointer<char>(map, DT_STRTAB);
   const auto* const relocations = DynamicPointer<ElfW(Rela)>(map, table);
   const std::size_t count = DynamicValue(map, size) / sizeof(ElfW(Rela));
   for (std::size_t i = 0; relocations != nullptr && i < count; ++i) {
     const ElfW(Sym)& symbol = symbols[ELF64_R_SYM(relocations[i].r_info)];
-    if (!IsSlot(relocations[i]) || symbol.st_shndx != SHN_UNDEF) continue;
+    if (!IsSlot(relocations[i])) continue;
     const std::uintptr_t address = map.l_addr + relocations[i].r_offset;
-    auto* const place = reinterpret_cast<void**>(address);  // NOLINT(performance-no-int-to-ptr)
-    MakeWritable(place);
-    slots->push_back({names + symbol.st_name, place});
+    found(symbol, names + symbol.st_name,
+          reinterpret_cast<void**>(address));  // NOLINT(performance-no-int-to-ptr)
   }
+}
+
+template <typename Found>
+void ForEachSlot(Found found) {
+  const link_map& map = *Library().map;
+  ForEachSlot(map, DT_JMPREL, DT_PLTRELSZ, found);
+  ForEachSlot(map, DT_RELA, DT_RELASZ, found);
 }
 
 template <typename T>
@@ -124,11 +131,22 @@ std::vector<std::string> UndefinedSymbols() {
 }
 
 std::vector<Slot> ImportSlots() {
-  const link_map& map = *Library().map;
   std::vector<Slot> slots;
-  AddSlots(map, DT_JMPREL, DT_PLTRELSZ, &slots);
-  AddSlots(map, DT_RELA, DT_RELASZ, &slots);
+  ForEachSlot([&slots](const ElfW(Sym) & symbol, const char* name, void** place) {
+    if (symbol.st_shndx != SHN_UNDEF) return;
+    MakeWritable(place);
+    slots.push_back({name, place});
+  });
   return slots;
+}
+
+std::vector<std::string> OwnFunctionSlots() {
+  std::vector<std::string> own;
+  ForEachSlot([&own](const ElfW(Sym) & symbol, const char* name, void**) {
+    const bool function = ELF64_ST_TYPE(symbol.st_info) == STT_FUNC;
+    if (symbol.st_shndx != SHN_UNDEF && function) own.emplace_back(name);
+  });
+  return own;
 }
 
 }  // namespace failures

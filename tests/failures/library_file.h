@@ -19,6 +19,10 @@ struct Slot {
 // Slots of the loaded library; writable when this returns.
 std::vector<Slot> ImportSlots();
 
+// Functions of the library that it calls through a slot, where an application's function of the
+// same name would take their place.
+std::vector<std::string> OwnFunctionSlots();
+
 }  // namespace failures
 
 #endif

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <ostream>
 
+#include "tests/testing/valgrind.h"
+
 namespace faults {
 namespace {
 
@@ -74,7 +76,22 @@ const ReaderFault kReaderFaults[] = {
     {"photo-refused",    {-7},      {-7},      kOnce      },
 };
 
+constexpr double kSlack = 2;  // real seconds
+constexpr double kSlackWhereSlow = 60;
+
+bool RunsSlowly() {
+#ifdef QL_EMULATED
+  return true;
+#else
+  return UnderValgrind();
+#endif
+}
+
 }  // namespace
+
+double Slack(double speed) {
+  return (RunsSlowly() ? kSlackWhereSlow : kSlack) * std::max(speed, 1.0);
+}
 
 void PrintTo(const ReaderFault& row, std::ostream* out) { *out << row.fault; }
 

@@ -26,6 +26,14 @@ std::span<const ReaderFault> ReaderFaults();
 
 bool Has(const std::vector<int>& results, int result);
 
+inline constexpr int kAtOnce = 1;    // seconds
+inline constexpr int kGoodRead = 3;  // seconds that a good read may take, its pause among them
+
+// What a test over a tty adds to a published bound, in seconds of a library's clock that runs
+// `speed` times as fast as the real one: the other end is a thread that a busy machine holds up.
+// Longer under an emulated processor or Valgrind.
+double Slack(double speed = 1);
+
 }  // namespace faults
 
 #endif
