@@ -61,12 +61,21 @@ std::string Base64(const simulator::Bytes& bytes) {
   return text;
 }
 
-// No specimen has a character that JSON escapes.
+// RFC 8259; no card here has a quotation mark or a backslash.
+std::string Escaped(const std::string& text) {
+  std::string escaped;
+  for (const char c : text) {
+    escaped += c == '\x01' ? "\\u0001" : std::string(1, c);
+  }
+  return escaped;
+}
+
 std::string ExpectedJson(const Card& card, bool fingerprints, bool photo) {
   const auto texts = RecordTexts(card, Members<PERSONINFO_COLLECT_FP>(), fingerprints, true);
   std::string json = "{";
   const auto add = [&](const std::string& key, const std::string& value) {
-    json += std::string(json.size() > 1 ? "," : "") + "\n\t\"" + key + "\":\t\"" + value + "\"";
+    json += std::string(json.size() > 1 ? "," : "") + "\n\t\"" + key + "\":\t\"" + Escaped(value) +
+            "\"";
   };
   for (const Key& row : kKeys) {
     add(row.key, row.member[0] != '\0' ? texts.at(row.member)
@@ -116,6 +125,52 @@ std::string TestName(const testing::TestParamInfo<const char*>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EverySpecimen, WholeJson, testing::ValuesIn(SpecimenIds()), TestName);
+
+// A card of this kind whose text is as long as any card's: nothing takes more room than a control
+// character, six for one unit of the card, but the longest name of the nation or country.
+Card GreatestCard(simulator::Kind kind) {
+  simulator::Specimen person;
+  person.kind = kind;
+  for (const simulator::TextField& field : simulator::TextFields(kind)) {
+    person.text[field.name] = std::string(field.size / 2, '\x01');
+  }
+  person.sex = "女";
+  if (kind == simulator::Kind::kResident) {
+    person.text["reserved"][14] = ' ';  // the mark's place
+    person.text["nationCode"] = "98";
+    person.nation = "外国血统中国籍人士";
+  } else if (kind == simulator::Kind::kForeigner) {
+    person.text["nationCode"] = "LBY";
+    person.nation = "大阿拉伯利比亚人民社会主义民众国";
+    person.text["cardType"] = "I";
+  } else {
+    person.text["cardType"] = "J";
+  }
+  return MakeCard(person, true);
+}
+
+TEST(WholeJson, OfAnyCardTakesAtMost4811Characters) {
+  NEEDS_PRIVATE_ROOT();
+  TtyReader reader;
+  char no_photo[] = "";
+  std::vector<std::size_t> sizes;
+  for (const auto kind :
+       {simulator::Kind::kResident, simulator::Kind::kForeigner, simulator::Kind::kPermit}) {
+    const Card card = GreatestCard(kind);
+    reader.PutCard(card);
+    std::string json(8192, 'x');
+    APP_ID_IDCardAddPhotoDataToJsonFlag(1);
+
+    EXPECT_EQ(0, APP_ID_ReadCollectIDCardInfo(reader.path().c_str(), "", 9600, 10, 1, no_photo,
+                                              json.data()));
+
+    const std::string expected = ExpectedJson(card, true, true);
+    EXPECT_EQ(expected + std::string("\0\0x", 3), json.substr(0, expected.size() + 3));
+    sizes.push_back(expected.size());
+  }
+
+  EXPECT_EQ((std::vector<std::size_t>{4795, 4811, 4775}), sizes);
+}
 
 TEST(WholeJson, WritesThePhotoFileToo) {
   NEEDS_PRIVATE_ROOT();
