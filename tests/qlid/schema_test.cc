@@ -1,12 +1,15 @@
 // The JSON of qlid against its schemas, docs/qlid.*.schema.json.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
 #include <sstream>
 
 #include "tests/qlid/bench.h"
+#include "tests/qlid/rival.h"
 #include "tests/qlid/usb_machine.h"
 #include "tests/testing/private_root.h"
 
@@ -113,9 +116,24 @@ TEST(QlidSchema, HoldsForFailures) {
     EXPECT_NE(0, output.exit) << arguments.back();
     documents.push_back(output.out);
   }
+  {
+    const Rival rival(bench.reader.path());
+    documents.push_back(RunQlid(bench.Read({"--json"})).out);
+    EXPECT_TRUE(Contains(documents.back(), "\"holders\"")) << documents.back();
+  }
+  chown(bench.reader.path().c_str(), 0, 0);  // Takes several steps.
+  chmod(bench.reader.path().c_str(), 0);
+  prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */);
+  documents.push_back(RunQlid(bench.Read({"--json"})).out);
+  EXPECT_TRUE(Contains(documents.back(), "no-permission")) << documents.back();
 
   EXPECT_EQ(0, Check(documents));
 }
+
+// The end of a document, with an error of this code and reason and one detail.
+#define ERROR_BEHIND(code, reason, detail)                           \
+  R"("error":{"code":)" code R"(,"name":"device","reason":")" reason \
+  R"(","message":"m","next":["n"],"details":{")" detail R"(":"t"}}})"
 
 TEST(QlidSchema, RefusesWhatQlidNeverPrints) {
   NEEDS_VALIDATOR();
@@ -123,11 +141,14 @@ TEST(QlidSchema, RefusesWhatQlidNeverPrints) {
       "{}",
       R"({"schema":"qlid.read/1","ok":true})",
       R"({"schema":"qlid.read/1","ok":false})",
-      R"({"schema":"qlid.read/2","ok":false,"error":{"code":-1,"name":"device","message":"m","details":{}}})",
-      R"({"schema":"qlid.read/1","ok":false,"error":{"code":-6,"name":"device","message":"m","details":{}}})",
+      R"({"schema":"qlid.read/2","ok":false,)" ERROR_BEHIND("-1", "held", "d"),
+      R"({"schema":"qlid.read/1","ok":false,)" ERROR_BEHIND("-6", "held", "d"),
+      R"({"schema":"qlid.read/1","ok":false,)" ERROR_BEHIND("-1", "broken", "d"),
+      R"({"schema":"qlid.read/1","ok":false,)" ERROR_BEHIND("-1", "held", ""),
       R"({"schema":"qlid.read/1","ok":true,"kind":"resident","card":{},"remarks":[]})",
   };
   for (const char* wrong : kWrong) EXPECT_EQ(1, Check({wrong})) << wrong;
+  EXPECT_EQ(0, Check({R"({"schema":"qlid.read/1","ok":false,)" ERROR_BEHIND("-1", "held", "d")}));
 }
 
 TEST(QlidSchema, HoldsForASoundAndABrokenChainOfTheDoctor) {

@@ -42,10 +42,12 @@ int MemoryFile(const std::string& text) {
 
 // Starts the shell with `input` as its standard input and the signals as any program has them.
 // Returns 0 or an error number.
-int Start(const std::string& command, int input, pid_t* pid) {
+int Start(const std::string& command, int input, ProgramOutput output, pid_t* pid) {
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
   posix_spawn_file_actions_adddup2(&files, input, STDIN_FILENO);
+  if (output == ProgramOutput::kToStandardError)
+    posix_spawn_file_actions_adddup2(&files, STDERR_FILENO, STDOUT_FILENO);
 
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
@@ -66,6 +68,7 @@ int Start(const std::string& command, int input, pid_t* pid) {
 Report ProgramReport(const std::string& command, const std::string& what) {
   Report report = {QL_OTHER_ERROR, kExitOther, what, {{Tr("Command", "命令"), Printable(command)}}};
   report.tell_code = false;  // No call of the library gave it.
+  report.reason = "command";
   return report;
 }
 
@@ -95,11 +98,11 @@ void End(pid_t pid) {
 
 }  // namespace
 
-std::optional<Report> RunForCard(const std::string& command, const std::string& input,
-                                 int seconds) {
+std::optional<Report> RunForCard(const std::string& command, const std::string& input, int seconds,
+                                 ProgramOutput output) {
   const int card = MemoryFile(input);
   pid_t pid = -1;
-  const int error = card < 0 ? errno : Start(command, card, &pid);
+  const int error = card < 0 ? errno : Start(command, card, output, &pid);
   if (card >= 0) close(card);
   if (error != 0) {
     return ProgramReport(command, Format(Tr("the command was not started: %s", "命令未启动：%s"),
@@ -110,7 +113,7 @@ std::optional<Report> RunForCard(const std::string& command, const std::string& 
     int status = 0;
     if (waitpid(pid, &status, WNOHANG) == pid) return EndReport(command, status);
     const int signal = WaitForSignal(kPass);
-    if (signal == SIGINT || signal == SIGTERM) {
+    if (AsksToStop(signal)) {
       End(pid);
       return Report{QL_CANCELLED,
                     kExitCancelled,

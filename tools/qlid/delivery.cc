@@ -6,26 +6,50 @@
 #include "tools/qlid/files.h"
 
 namespace qlid {
+namespace {
+
+// One document in a line for a watch, else for people to read.
+void Print(const Outcome& outcome, const ReadOptions& options) {
+  if (options.watch && options.output.json) {
+    PrintJsonLine(outcome, options.output);
+    return;
+  }
+  PrintOutcome(outcome, options.output);
+  if (options.watch) std::printf("\n");
+}
+
+// Runs the program. Its output is that of the tool, unless the tool has a document to print there.
+std::optional<Report> HandOver(const Outcome& outcome, const ReadOptions& options) {
+  const std::string document = OutcomeJson(outcome, options.output, true);
+  const ProgramOutput output =
+      options.output.json ? ProgramOutput::kToStandardError : ProgramOutput::kToStandardOutput;
+  return RunForCard(options.exec, document, options.exec_seconds, output);
+}
+
+}  // namespace
 
 std::optional<Report> Deliver(Outcome outcome, const ReadOptions& options) {
   std::optional<Report> report = WriteFiles(*outcome.card, options.output, &outcome.picture);
   if (report) outcome.report = &*report;
-  if (options.exec.empty()) {
-    if (options.watch && options.output.json) {
-      PrintJsonLine(outcome, options.output);
-    } else {
-      PrintOutcome(outcome, options.output);
-      if (options.watch) std::printf("\n");
+  if (!options.exec.empty()) {
+    std::optional<Report> failure = HandOver(outcome, options);
+    if (!options.output.json) {
+      if (report) PrintReport(*report);
+      if (failure) PrintReport(*failure);
+      return failure ? failure : report;
     }
-    std::fflush(stdout);
-    return report;
+    if (failure) report = std::move(failure);
+    if (report) outcome.report = &*report;
   }
-  if (report) PrintReport(*report);
-  auto failure =
-      RunForCard(options.exec, OutcomeJson(outcome, options.output, true), options.exec_seconds);
-  if (!failure) return report;
-  PrintReport(*failure);
-  return failure;
+  Print(outcome, options);
+  std::optional<Report> unwritten = TellUnwritten();
+  return unwritten ? unwritten : report;
+}
+
+int PrintFailure(const Outcome& outcome, const ReadOptions& options) {
+  Print(outcome, options);
+  const std::optional<Report> unwritten = TellUnwritten();
+  return unwritten ? unwritten->exit : outcome.report->exit;
 }
 
 }  // namespace qlid

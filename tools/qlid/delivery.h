@@ -13,6 +13,9 @@ namespace qlid {
 // Delivers `outcome`, whose card was read with `options`. An empty result is success.
 std::optional<Report> Deliver(Outcome outcome, const ReadOptions& options);
 
+// Prints an outcome without a card. Returns the exit status.
+int PrintFailure(const Outcome& outcome, const ReadOptions& options);
+
 }  // namespace qlid
 
 #endif

@@ -11,18 +11,6 @@
 namespace qlid {
 namespace {
 
-Report OtherKindReport(const std::string& wanted, CardKind kind) {
-  const ResultText& text = ResultOf(QL_CARD_TYPE_ERROR);
-  return {
-      QL_CARD_TYPE_ERROR,
-      text.exit,
-      Format(Tr("this is not the kind of card asked for: %s", "卡片不是所要求的类型：%s"),
-             wanted.c_str()),
-      {{Tr("Card", "卡片"), KindText(kind)},
-                 {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)}}
-  };
-}
-
 // Hands over the card, or says why there is none. Returns the exit status.
 int Tell(const Reading& reading, Outcome outcome, const ReadOptions& options) {
   std::optional<Report> report;
@@ -36,8 +24,7 @@ int Tell(const Reading& reading, Outcome outcome, const ReadOptions& options) {
     return report ? report->exit : kExitDone;
   }
   outcome.report = &*report;
-  PrintOutcome(outcome, options.output);
-  return report->exit;
+  return PrintFailure(outcome, options);
 }
 
 }  // namespace
@@ -49,8 +36,7 @@ int ReadCommand(const ReadOptions& options) {
   if (!wrong) wrong = CheckTap(options);
   if (wrong) {
     outcome.report = &*wrong;
-    PrintOutcome(outcome, options.output);
-    return wrong->exit;
+    return PrintFailure(outcome, options);
   }
   TappedReading tapped;
   if (TapWanted(options)) {

@@ -18,11 +18,6 @@ std::string ReaderName(const ReadRequest& request) {
              : "\"" + request.device + "\"";
 }
 
-void AddNext(const std::vector<std::string>& steps, Report* report) {
-  for (std::size_t i = 0; i < steps.size(); ++i)
-    report->rows.push_back({i == 0 ? Tr("Next", "建议") : "", steps[i]});
-}
-
 Report UnpluggedReport(const ReadRequest& request, const Reading& reading) {
   const std::string& device = IsSerial(request.device) ? request.device : reading.gone_node;
   const Row reader = {Tr("Reader", "读卡器"), Format(Tr("%s is gone since %s", "%s 于 %s 消失"),
@@ -31,19 +26,15 @@ Report UnpluggedReport(const ReadRequest& request, const Reading& reading) {
       Tr("Next", "建议"),
       Tr("plug it in and try again; for a terminal that must survive this: qlid read --watch",
          "重新插入后重试；需要自动恢复时：qlid read --watch")};
-  return {
+  Report report = {
       reading.result,
       kExitNoReader,
       Tr("the reader was unplugged while it was being read", "读卡过程中读卡器被拔出"),
       {reader, next}
   };
-}
-
-// A second program that has the port open takes away a part of the answers.
-void AddHolders(const ReadRequest& request, Report* report) {
-  const Holders holders = HoldersOf(NodeOf(request));
-  if (holders.list.empty()) return;
-  report->rows.push_back({Tr("Held by", "占用者"), HolderText(holders.list)});
+  report.reason = kReasonUnplugged;
+  report.node = device;
+  return report;
 }
 
 Report NoCardReport(const ReadRequest& request) {
@@ -53,33 +44,15 @@ Report NoCardReport(const ReadRequest& request) {
                                                "check",
                                                "：工作正常，安全模块应答了设备检测")};
   const Row next = {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)};
-  return {
+  Report report = {
       QL_TIMEOUT,
       kExitNoCard,
       Format(Tr("no card within %d s", "%d 秒内没有读到卡片"), request.timeout),
       {reader, next}
   };
-}
-
-Report SilentReport(const ReadRequest& request) {
-  Report report = {QL_TIMEOUT,
-                   kExitNoCard,
-                   Format(Tr("the reader did not answer within %d s", "读卡器在 %d 秒内没有应答"),
-                          request.timeout),
-                   {{Tr("Reader", "读卡器"), ReaderName(request)}}};
-  AddHolders(request, &report);
-  AddNext({IsSerial(request.device)
-               ? Format(Tr("try the other speed: --baud %d; check cable and power: qlid doctor "
-                           "--device %s",
-                           "换一个波特率：--baud %d；检查线缆和电源：qlid doctor --device %s"),
-                        request.baud == 9600 ? 115200 : 9600, request.device.c_str())
-               : Tr("unplug the reader and plug it in again", "拔出读卡器后重新插入")},
-          &report);
+  report.reason = kReasonNoCard;
+  report.node = NodeOf(request);
   return report;
-}
-
-Report TimeoutReport(const ReadRequest& request) {
-  return AskReader(request) == ReaderState::kReady ? NoCardReport(request) : SilentReport(request);
 }
 
 std::string OpenWhat(const ReadRequest& request, const OpenProblem& problem) {
@@ -101,14 +74,30 @@ std::string OpenWhat(const ReadRequest& request, const OpenProblem& problem) {
              : Tr("no USB reader could be opened", "无法打开 USB 读卡器");
 }
 
+const char* OpenReason(OpenFailure failure) {
+  switch (failure) {
+    case OpenFailure::kNoNode:
+      return kReasonNoDevice;
+    case OpenFailure::kNoPermission:
+      return kReasonNoPermission;
+    case OpenFailure::kHeld:
+      return kReasonHeld;
+    case OpenFailure::kOther:
+      break;
+  }
+  return kReasonNotOpened;
+}
+
 Report OpenReport(const ReadRequest& request) {
   const OpenProblem problem = ExplainOpening(request);
   Report report = {QL_DEVICE_ERROR, kExitNoReader, OpenWhat(request, problem), {}};
+  report.reason = OpenReason(problem.failure);
+  report.node = problem.node;
+  if (report.node.empty() && IsSerial(request.device)) report.node = request.device;
   if (!problem.node.empty()) report.rows.push_back({Tr("Reader", "读卡器"), problem.node});
   if (problem.failure == OpenFailure::kNoPermission)
     report.rows.push_back({Tr("Cause", "原因"), PermissionText(problem.node)});
-  if (problem.failure == OpenFailure::kHeld)
-    report.rows.push_back({Tr("Held by", "占用者"), problem.holders});
+  AddHolders(problem.holders, &report);
   AddNext(problem.next, &report);
   return report;
 }
@@ -116,7 +105,7 @@ Report OpenReport(const ReadRequest& request) {
 }  // namespace
 
 OpenProblem ExplainOpening(const ReadRequest& request) {
-  OpenProblem problem = {OpenFailure::kOther, NodeOf(request), "", {}};
+  OpenProblem problem = {OpenFailure::kOther, NodeOf(request), {}, {}};
   if (problem.node.empty()) {
     problem.failure = OpenFailure::kNoNode;
     problem.next = {IsSerial(request.device)
@@ -136,7 +125,7 @@ OpenProblem ExplainOpening(const ReadRequest& request) {
   const Holders holders = HoldersOf(problem.node);
   if (!holders.list.empty()) {
     problem.failure = OpenFailure::kHeld;
-    problem.holders = HolderText(holders.list);
+    problem.holders = holders.list;
     problem.next = {Tr("end that program, or let it do the reading", "结束该程序，或由它读卡")};
     return problem;
   }
@@ -147,9 +136,66 @@ OpenProblem ExplainOpening(const ReadRequest& request) {
   return problem;
 }
 
+Report SilentReport(const ReadRequest& request) {
+  Report report = {QL_TIMEOUT,
+                   kExitNoCard,
+                   Format(Tr("the reader did not answer within %d s", "读卡器在 %d 秒内没有应答"),
+                          request.timeout),
+                   {{Tr("Reader", "读卡器"), ReaderName(request)}}};
+  report.reason = kReasonSilent;
+  report.node = NodeOf(request);
+  // A second program that has the port open takes away a part of the answers.
+  AddHolders(HoldersOf(report.node).list, &report);
+  AddNext({IsSerial(request.device)
+               ? Format(Tr("try the other speed: --baud %d; check cable and power: qlid doctor "
+                           "--device %s",
+                           "换一个波特率：--baud %d；检查线缆和电源：qlid doctor --device %s"),
+                        request.baud == 9600 ? 115200 : 9600, request.device.c_str())
+               : Tr("unplug the reader and plug it in again", "拔出读卡器后重新插入")},
+          &report);
+  return report;
+}
+
+Report UnreadReport(const ReadRequest& request) {
+  Report report = {QL_TIMEOUT,
+                   kExitNoCard,
+                   Format(Tr("a card was found and could not be read within %d s",
+                             "找到了卡片，但在 %d 秒内没有读出"),
+                          request.timeout),
+                   {{Tr("Reader", "读卡器"), ReaderName(request)}}};
+  report.reason = kReasonUnread;
+  report.node = NodeOf(request);
+  AddHolders(HoldersOf(report.node).list, &report);
+  AddNext({Tr("keep the card still on the reader and try again",
+              "将卡片放稳在读卡器上，保持不动后重试"),
+           IsSerial(request.device)
+               ? Format(Tr("see what the reader answers: qlid read --device %s --trace",
+                           "查看读卡器的应答：qlid read --device %s --trace"),
+                        request.device.c_str())
+               : Tr("try another card", "换一张卡片再试")},
+          &report);
+  return report;
+}
+
+Report OtherKindReport(const std::string& wanted, CardKind kind) {
+  const ResultText& text = ResultOf(QL_CARD_TYPE_ERROR);
+  return {
+      QL_CARD_TYPE_ERROR,
+      text.exit,
+      Format(Tr("this is not the kind of card asked for: %s", "卡片不是所要求的类型：%s"),
+             wanted.c_str()),
+      {{Tr("Card", "卡片"), KindText(kind)},
+                 {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)}}
+  };
+}
+
 Report ReadReport(const ReadRequest& request, const Reading& reading) {
   if (!reading.gone_since.empty()) return UnpluggedReport(request, reading);
-  if (reading.result == QL_TIMEOUT) return TimeoutReport(request);
+  if (reading.result == QL_TIMEOUT) {
+    const ReaderLook look = LookAtReader(request);
+    if (look.card) return UnreadReport(request);
+    return look.state == ReaderState::kReady ? NoCardReport(request) : SilentReport(request);
+  }
   if (reading.result == QL_DEVICE_ERROR) return OpenReport(request);
   const ResultText& text = ResultOf(reading.result);
   Report report = {reading.result, text.exit, Tr(text.english, text.chinese), {}};

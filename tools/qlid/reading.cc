@@ -27,7 +27,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-int s_signals = -1;  // signalfd of the held signals. Set by HoldSignals.
+// Both set by HoldSignals.
+int s_signals = -1;          // signalfd of the held signals
+bool s_at_terminal = false;  // a standard stream is a terminal
 
 long MillisecondsSince(Clock::time_point start) {
   return static_cast<long>(
@@ -62,6 +64,12 @@ int RunRead(const ReadRequest& request, PERSONINFO_COLLECT_FP* record) {
   return result;
 }
 
+bool Open(const ReadRequest& request) {
+  SettleLibrary(request);
+  return tFuncOpenDevice(request.device.c_str(), "", static_cast<int>(request.baud), 0, 1) ==
+         RET_PUB_SUCCESS;
+}
+
 }  // namespace
 
 void HoldSignals() {
@@ -73,7 +81,14 @@ void HoldSignals() {
   // controlling terminal, and this signal when the reader is pulled.
   sigaddset(&held, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &held, nullptr);
+  // Asked now: a terminal that has hung up no longer says that it is one.
+  s_at_terminal =
+      IsTerminal(STDIN_FILENO) || IsTerminal(STDOUT_FILENO) || IsTerminal(STDERR_FILENO);
   s_signals = signalfd(-1, &held, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+bool AsksToStop(int signal) {
+  return signal == SIGINT || signal == SIGTERM || (signal == SIGHUP && s_at_terminal);
 }
 
 int WaitForSignal(int milliseconds, int also) {
@@ -103,7 +118,7 @@ Reading ReadCard(const ReadRequest& request) {
   bool cancelling = false;
   while (!done) {
     const int signal = WaitForSignal(cancelling ? 100 : 50, ended);
-    if (signal == SIGINT || signal == SIGTERM) {
+    if (AsksToStop(signal)) {
       if (cancelling) _exit(kExitCancelled);
       cancelling = true;
       status.Clear();
@@ -158,13 +173,21 @@ bool IsAnswering() {
 }
 
 ReaderState AskReader(const ReadRequest& request) {
-  SettleLibrary(request);
-  if (tFuncOpenDevice(request.device.c_str(), "", static_cast<int>(request.baud), 0, 1) != 0) {
-    return ReaderState::kNotOpened;
-  }
+  if (!Open(request)) return ReaderState::kNotOpened;
   const bool answering = IsAnswering();
   tFuncCloseDevice();
   return answering ? ReaderState::kReady : ReaderState::kSilent;
+}
+
+ReaderLook LookAtReader(const ReadRequest& request) {
+  constexpr int kSearchSeconds = 1;
+  ReaderLook look;
+  if (!Open(request)) return look;
+  look.state = IsAnswering() ? ReaderState::kReady : ReaderState::kSilent;
+  look.card =
+      look.state == ReaderState::kReady && SearchCardOneTime(kSearchSeconds) == RET_PUB_SUCCESS;
+  tFuncCloseDevice();
+  return look;
 }
 
 }  // namespace qlid

@@ -38,6 +38,11 @@ void HoldSignals();
 // signal's number, or 0.
 int WaitForSignal(int milliseconds, int also = -1);
 
+// Whether it asks to stop. A hang-up does where one of the standard streams is a terminal: the
+// window was closed. A service has none, and there the signal is that of a reader pulled from its
+// port.
+bool AsksToStop(int signal);
+
 Reading ReadCard(const ReadRequest& request);
 
 enum class ReaderState { kNotOpened, kSilent, kReady };
@@ -48,8 +53,16 @@ void SettleLibrary(const ReadRequest& request);
 // Sends the device check once to the open reader.
 bool IsAnswering();
 
-// Opens the reader and sends the device check once, to tell a silent reader from a missing card.
+// Opens the reader and sends the device check once.
 ReaderState AskReader(const ReadRequest& request);
+
+// The same, and searches a card once: tells a silent reader, a missing card, and one that lies
+// there and cannot be read.
+struct ReaderLook {
+  ReaderState state = ReaderState::kNotOpened;
+  bool card = false;
+};
+ReaderLook LookAtReader(const ReadRequest& request);
 
 }  // namespace qlid
 

@@ -1,6 +1,7 @@
 #include "tools/qlid/report.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 
 #include "quillonid/results.h"
@@ -15,6 +16,12 @@ namespace qlid {
 namespace {
 
 constexpr char kDecoder[] = "libwlt.so";  // at the root, where the library looks for it
+
+int s_output_error = 0;  // errno of the first flush of standard output that failed
+
+void FlushOutput() {
+  if (std::fflush(stdout) != 0 && s_output_error == 0) s_output_error = errno;
+}
 
 Json Envelope(const Outcome& outcome, bool photo) {
   Json document = NewDocument("qlid.read/1");
@@ -58,6 +65,19 @@ bool EndsIn(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
+// A row without a label joined to the one before, as another line of it.
+std::vector<Row> JoinedRows(const std::vector<Row>& rows) {
+  std::vector<Row> joined;
+  for (const Row& row : rows) {
+    if (row.label.empty() && !joined.empty()) {
+      joined.back().text += "\n" + row.text;
+    } else {
+      joined.push_back(row);
+    }
+  }
+  return joined;
+}
+
 Report FileReport(const std::string& path, const std::string& problem) {
   const Row cause = {Tr("Cause", "原因"), problem};
   const Row next = {Tr("Next", "建议"), Tr("name another file", "换一个文件名")};
@@ -98,15 +118,35 @@ std::optional<Report> TakePhoto(const Card& card, const std::string& path,
 
 }  // namespace
 
+std::optional<Report> TellUnwritten() {
+  FlushOutput();
+  if (std::ferror(stdout) == 0) return std::nullopt;
+  Report report = {QL_OTHER_ERROR,
+                   kExitOther,
+                   Tr("standard output could not be written", "无法写入标准输出"),
+                   {}};
+  if (s_output_error != 0)
+    report.rows.push_back({Tr("Cause", "原因"), SystemProblem(s_output_error)});
+  AddNext({Tr("see where standard output goes, and whether there is space",
+              "检查标准输出的去向以及是否有剩余空间")},
+          &report);
+  report.tell_code = false;  // No call of the library gave it.
+  report.reason = kReasonOutput;
+  PrintReport(report);
+  return report;
+}
+
 Report UsageReport(const std::string& what, const std::string& next) {
   return {QL_INVALID_ARGUMENT, kExitUsage, what, {{Tr("Next", "建议"), next}}};
 }
 
 Report NoTerminalReport(int error) {
-  return {QL_DEVICE_ERROR,
-          kExitUnexpected,
-          Tr("there is no pseudo-terminal to be had", "无法创建伪终端"),
-          {{Tr("Cause", "原因"), SystemProblem(error)}}};
+  Report report = {QL_DEVICE_ERROR,
+                   kExitUnexpected,
+                   Tr("there is no pseudo-terminal to be had", "无法创建伪终端"),
+                   {{Tr("Cause", "原因"), SystemProblem(error)}}};
+  report.reason = "no-terminal";
+  return report;
 }
 
 void PrintReport(const Report& report) {
@@ -121,13 +161,46 @@ void PrintReport(const Report& report) {
   }
 }
 
+void AddHolders(const std::vector<Holder>& holders, Report* report) {
+  if (holders.empty()) return;
+  report->rows.push_back({Tr("Held by", "占用者"), HolderText(holders)});
+  report->holders = holders;
+}
+
+void AddNext(const std::vector<std::string>& steps, Report* report) {
+  for (std::size_t i = 0; i < steps.size(); ++i)
+    report->rows.push_back({i == 0 ? Tr("Next", "建议") : "", steps[i]});
+}
+
+std::string ReasonOf(const Report& report) {
+  return report.reason.empty() ? ResultOf(report.code).name : report.reason;
+}
+
 cJSON* ReportObject(const Report& report) {
   cJSON* error = cJSON_CreateObject();
   cJSON_AddNumberToObject(error, "code", report.code);
   AddText(error, "name", ResultOf(report.code).name);
+  AddText(error, "reason", ReasonOf(report));
   AddText(error, "message", report.what);
+  if (!report.node.empty()) AddText(error, "node", report.node);
+  if (!report.holders.empty()) {
+    cJSON* holders = cJSON_AddArrayToObject(error, "holders");
+    for (const Holder& holder : report.holders) {
+      cJSON* item = cJSON_CreateObject();
+      AddText(item, "program", holder.program);
+      cJSON_AddNumberToObject(item, "pid", static_cast<double>(holder.pid));
+      cJSON_AddItemToArray(holders, item);
+    }
+  }
+  cJSON* next = cJSON_AddArrayToObject(error, "next");
   cJSON* details = cJSON_AddObjectToObject(error, "details");
-  for (const Row& row : report.rows) AddText(details, row.label.c_str(), row.text);
+  for (const Row& row : JoinedRows(report.rows)) AddText(details, row.label.c_str(), row.text);
+  std::string label;
+  for (const Row& row : report.rows) {
+    if (!row.label.empty()) label = row.label;  // A row without one goes on with the row before.
+    if (label == Tr("Next", "建议"))
+      cJSON_AddItemToArray(next, cJSON_CreateString(row.text.c_str()));
+  }
   return error;
 }
 
@@ -143,7 +216,7 @@ std::string OutcomeJson(const Outcome& outcome, const OutputOptions& options, bo
 
 void PrintJsonLine(const Outcome& outcome, const OutputOptions& options) {
   std::printf("%s", OutcomeJson(outcome, options, false).c_str());
-  std::fflush(stdout);
+  FlushOutput();
 }
 
 void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
@@ -158,7 +231,7 @@ void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
       rows.push_back({Tr("Photo", "照片"), options.photo});
     PrintRows(rows);
   }
-  std::fflush(stdout);
+  FlushOutput();
   if (outcome.report && !options.json) PrintReport(*outcome.report);
 }
 

@@ -11,6 +11,7 @@
 
 #include "tools/qlid/card_view.h"
 #include "tools/qlid/commands.h"
+#include "tools/qlid/holders.h"
 #include "tools/qlid/picture.h"
 #include "tools/qlid/trace.h"
 
@@ -22,7 +23,26 @@ struct Report {
   std::string what;
   std::vector<Row> rows;
   bool tell_code = true;  // behind `what`
+  // For programs, whatever the language: why, in one of the schema's words; empty: the code's name.
+  std::string reason = {};
+  std::string node = {};             // device node that it is about; empty: none
+  std::vector<Holder> holders = {};  // programs that have it open
 };
+
+// The programs that hold a reader, as a row and for programs.
+void AddHolders(const std::vector<Holder>& holders, Report* report);
+
+// What to do next, a step in a row.
+void AddNext(const std::vector<std::string>& steps, Report* report);
+
+// The reason that a report gives to programs.
+std::string ReasonOf(const Report& report);
+
+// Data that did not get onto standard output.
+inline constexpr char kReasonOutput[] = "output";
+
+// Flushes standard output, and reports on standard error when something printed there is lost.
+std::optional<Report> TellUnwritten();
 
 // A wrong use of the command line.
 Report UsageReport(const std::string& what, const std::string& next);

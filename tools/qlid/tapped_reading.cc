@@ -88,6 +88,7 @@ std::optional<Report> WriteRecording(const TappedReading& tapped, const ReadOpti
                      Format(Tr("%s was not written", "%s 未写入"), options.record.c_str()),
                      {{Tr("Cause", "原因"), problem}}};
     report.tell_code = false;
+    report.reason = "recording";
     return report;
   }
   std::fprintf(stderr,
