@@ -45,13 +45,15 @@ long Children() {
   return count;
 }
 
+// Without it the bound would always hold.
 long ResidentKib() {
   std::ifstream file("/proc/self/smaps_rollup");
   for (std::string word; file >> word;) {
     long kib = 0;
-    if (word == "Rss:" && file >> kib) return kib;
+    if (word == "Rss:" && file >> kib && kib > 0) return kib;
   }
-  return 0;
+  std::fprintf(stderr, "soak: /proc/self/smaps_rollup does not tell the resident memory\n");
+  std::exit(2);
 }
 
 Held NowHeld() { return {OpenDescriptors(), Threads(), Children(), ResidentKib()}; }

@@ -22,6 +22,7 @@ std::atomic<bool> s_wall_held;       // true: the wall clock stands at s_held
 timespec s_held;                     // set before s_wall_held
 std::atomic<double> s_slept;         // seconds slept by the library
 std::atomic<int> s_sleep_calls;      // calls of sleep() by the library
+std::atomic<bool> s_sleeping;        // a sleep() goes on
 std::atomic<unsigned> s_last_sleep;  // argument of the last one
 
 struct Range {
@@ -119,6 +120,7 @@ double Seconds() {
   return ::Seconds(RealTime(CLOCK_MONOTONIC)) + (s_system ? 0.0 : AheadOfRealTime());
 }
 double SecondsSlept() { return s_slept; }
+bool IsSleeping() { return s_sleeping; }
 int SleepCalls() { return s_sleep_calls; }
 unsigned LastSleep() { return s_last_sleep; }
 
@@ -154,7 +156,10 @@ unsigned int sleep(unsigned int seconds) {
   }
   if (!from_library) {
     timespec rest = {static_cast<time_t>(seconds), 0};
-    if (syscall(SYS_nanosleep, &rest, &rest) == 0) return 0;
+    s_sleeping = true;
+    const bool whole = syscall(SYS_nanosleep, &rest, &rest) == 0;
+    s_sleeping = false;
+    if (whole) return 0;
     return static_cast<unsigned>(rest.tv_sec);
   }
   Add(s_slept, seconds);

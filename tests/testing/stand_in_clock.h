@@ -29,6 +29,9 @@ double Seconds();
 // Seconds that the library slept through sleep() and nanosleep() so far.
 double SecondsSlept();
 
+// Whether a sleep() is going on, with the system clock.
+bool IsSleeping();
+
 // Calls of sleep() by the library so far, and the argument of the last one.
 int SleepCalls();
 unsigned LastSleep();
