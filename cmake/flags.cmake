@@ -35,7 +35,10 @@ if(QL_SANITIZE)
   endif()
   add_link_options(${QL_INSTRUMENTATION})
 else()
-  list(APPEND QL_LIBRARY_FLAGS $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=3>)
+  # Every build that is optimised: without that there is nothing to fortify.
+  foreach(flag -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+    list(APPEND QL_LIBRARY_FLAGS $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:${flag}>)
+  endforeach()
   list(APPEND QL_LIBRARY_LINK_FLAGS LINKER:-z,defs)
 endif()
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/failures/library_file.h"
@@ -32,6 +33,22 @@ TEST(LibraryImports, StillHoldEveryCallThatIsMadeToFail) {
   for (const Import& row : Imports()) {
     EXPECT_TRUE(row.stand_in == nullptr || imported.contains(&row)) << row.name;
   }
+}
+
+// What an overrun, if there were one, would meet.
+TEST(LibraryFile, IsHardened) {
+  const std::vector<std::string> symbols = UndefinedSymbols();
+  const auto has = [&symbols](std::string_view name) {
+    return std::find(symbols.begin(), symbols.end(), name) != symbols.end();
+  };
+
+  EXPECT_TRUE(HasReadOnlySlots());
+  EXPECT_TRUE(IsBoundWhenLoaded());
+  EXPECT_TRUE(has("__stack_chk_fail"));
+#ifdef QL_FORTIFIED
+  EXPECT_TRUE(has("__memcpy_chk"));
+  EXPECT_TRUE(has("__snprintf_chk"));
+#endif
 }
 
 // Else an application's "test" or "CopyFile" would be called instead.

@@ -107,11 +107,27 @@ T At(const std::string& file, std::size_t offset) {
   return value;
 }
 
+std::string ReadLibrary() {
+  std::ifstream stream(Library().info.dli_fname, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 }  // namespace
 
+bool HasReadOnlySlots() {
+  const std::string file = ReadLibrary();
+  const auto header = At<ElfW(Ehdr)>(file, 0);
+  for (std::size_t i = 0; i < header.e_phnum; ++i) {
+    const auto segment = At<ElfW(Phdr)>(file, header.e_phoff + i * sizeof(ElfW(Phdr)));
+    if (segment.p_type == PT_GNU_RELRO) return true;
+  }
+  return false;
+}
+
+bool IsBoundWhenLoaded() { return (DynamicValue(*Library().map, DT_FLAGS) & DF_BIND_NOW) != 0; }
+
 std::vector<std::string> UndefinedSymbols() {
-  std::ifstream stream(Library().info.dli_fname, std::ios::binary);
-  const std::string file((std::istreambuf_iterator<char>(stream)), {});
+  const std::string file = ReadLibrary();
   const auto header = At<ElfW(Ehdr)>(file, 0);
   const auto section = [&](std::size_t index) {
     return At<ElfW(Shdr)>(file, header.e_shoff + index * sizeof(ElfW(Shdr)));

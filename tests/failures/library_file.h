@@ -11,6 +11,10 @@ namespace failures {
 // Undefined dynamic symbols, from the file.
 std::vector<std::string> UndefinedSymbols();
 
+// Of the file: its slots are read-only once it is loaded, and all of them are filled by then.
+bool HasReadOnlySlots();
+bool IsBoundWhenLoaded();
+
 struct Slot {
   std::string symbol;
   void** place;  // holds the address that the library calls
