@@ -41,6 +41,7 @@ void FailEveryAllocation(Call call, Check check) {
   call();
   const int allocations = s_calls;
   ASSERT_GT(allocations, 0);
+  EXPECT_EQ(0, s_held);
   for (const bool persistent : {false, true}) {
     for (int failing = 1; failing <= allocations; ++failing) {
       SCOPED_TRACE(testing::Message() << "allocation " << failing << (persistent ? " and on" : ""));
@@ -144,4 +145,29 @@ TEST(JsonInputWithoutMemory, FailsAndLeavesTheRecord) {
         EXPECT_EQ(0, tFuncConvertJsontoCollectStruct(json.c_str(), &record));
         EXPECT_EQ(0, std::memcmp(&before, &record, sizeof record));
       });
+}
+
+// With memory enough: whatever a text is refused for.
+TEST(JsonInput, FreesTheTextsTreeWhateverItFinds) {
+  cJSON_Hooks hooks = {Allocate, Free};
+  cJSON_InitHooks(&hooks);
+  PERSONINFO_CHA_FP record = {};
+  char text[80] = {};
+
+  EXPECT_EQ(-2, tFuncGetStringFromJson(R"({"Name": "x"})", "Missing", text));
+  EXPECT_EQ(-2004, tFuncGetStringFromJson(R"({"Name": 5})", "Name", text));
+  EXPECT_EQ(-2, tFuncGetStringFromJson(R"({"Name": "x")", "Name", text));
+  EXPECT_EQ(-2, tFuncGetStringFromJson(R"({"Name": "x"})", "Name", nullptr));
+  EXPECT_EQ(0, tFuncConvertJsontoChinaStruct(R"({"Address": 5})", &record));
+  const auto kind_of = [](const char* json) {
+    return tFuncConvertIdInfotoStruct(json, nullptr, nullptr, nullptr);
+  };
+  EXPECT_EQ(-2, kind_of(R"({"Name": "x"})"));
+  EXPECT_EQ(-2004, kind_of(R"({"CardType": 5})"));
+  EXPECT_EQ(-1, kind_of(R"({"CardType": "X"})"));
+  EXPECT_EQ(-1, kind_of(R"({"CardType": "I"})"));  // no record for it
+
+  EXPECT_GT(s_calls, 0);
+  EXPECT_EQ(0, s_held);
+  cJSON_InitHooks(nullptr);
 }

@@ -1,5 +1,6 @@
 // Device strings: which keyword each one is, and what opening it says.
 #include <gtest/gtest.h>
+#include <strings.h>
 
 #include <clocale>
 #include <ostream>
@@ -8,6 +9,7 @@
 #include "quillonid/link.h"
 #include "quillonid/results.h"
 #include "tests/link/log_text.h"
+#include "tests/testing/own_locale.h"
 #include "tests/testing/private_root.h"
 #include "tests/usb/fake_libusb.h"
 
@@ -95,13 +97,15 @@ INSTANTIATE_TEST_SUITE_P(
 // In a Turkish locale the lower case of "I" is a letter of its own.
 TEST(DeviceTextCase, IsTheSameInEveryLocale) {
   fake_libusb::Now().devices.clear();
-  for (const char* locale : {"C", "C.UTF-8", "tr_TR.UTF-8"}) {
-    std::setlocale(LC_ALL, locale);
+  ASSERT_TRUE(MakeOwnLocale("tr_TR", "ISO-8859-9"));
+  for (const char* locale : {"C", "C.UTF-8", "tr_TR.ISO-8859-9"}) {
+    ASSERT_NE(nullptr, std::setlocale(LC_ALL, locale));
     EXPECT_EQ(RET_PUB_DEVICE_ERROR, tFuncOpenDevice("hid", "", 9600, 0, 5));
     EXPECT_EQ(RET_PUB_INVAL_PARAM, tFuncOpenDevice("h\xC4\xB1"
                                                    "d",
                                                    "", 9600, 0, 5));
   }
+  EXPECT_NE(0, strcasecmp("hid", "HID")) << "the Turkish locale is not in use";
 }
 
 TEST(DeviceTextEmpty, OpensNothing) {

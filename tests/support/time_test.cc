@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "quillonid/support.h"
@@ -264,6 +265,23 @@ TEST(GetTickCountTimeOut, IsWiderThan32Bits) {
   GetTickCountEndTime();
 
   EXPECT_EQ(5'000'000'000, GetTickCountTimeOut());
+}
+
+// Both ends and the difference may be asked for at any moment: a wait in one thread, a report in
+// another.
+TEST(TickCounts, MayBeTakenByTwoThreads) {
+  HoldTime();
+  const auto take = [] {
+    for (int round = 0; round < 1000; ++round) {
+      EXPECT_EQ(kSeconds * 1000 + 7, GetTickCountStartTime());
+      EXPECT_EQ(kSeconds * 1000 + 7, GetTickCountEndTime());
+      EXPECT_EQ(0, GetTickCountTimeOut());
+    }
+  };
+
+  std::thread other(take);
+  take();
+  other.join();
 }
 
 TEST(TickCounts, LogTheirValues) {
