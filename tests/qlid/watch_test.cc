@@ -277,6 +277,60 @@ TEST(QlidWatch, EndsWhenAFailureCannotBeTold) {
   EXPECT_EQ(8, watch.exit) << watch.err;
 }
 
+// The port is its controlling terminal, whose hang-up the kernel tells it with SIGHUP.
+TEST(QlidWatch, GoesOnAsAServiceWhoseReaderIsPulled) {
+  const std::string link = TemporaryFolder() + "/reader";
+  auto reader = std::make_unique<simulator::TtyReader>();
+  reader->PutCard(simulator::MakeCard("resident"));
+  std::filesystem::create_symlink(reader->path(), link);
+  Program watch(Qlid({"read", "--watch", "--json", "--device", "/dev/.." + link}), {}, false, false,
+                true);
+  ASSERT_TRUE(watch.WaitFor("\"kind\":\"resident\"")) << watch.err();
+  const std::size_t requests = reader->Requests().size();
+  ASSERT_TRUE(reader->WaitForRequests(requests + 1, 20'000));
+
+  std::filesystem::remove(link);
+  reader->HangUp();
+  ASSERT_TRUE(watch.WaitFor("waiting for it to come back")) << watch.err();
+  const Bench again("permit");
+  std::filesystem::create_symlink(again.reader.path(), link);
+
+  EXPECT_TRUE(watch.WaitFor("\"kind\":\"gat\"")) << watch.err();
+  EXPECT_EQ(0, Stopped(&watch).exit);
+}
+
+TEST(QlidWatch, GoesOnAfterAHangUpWhereThereIsNoTerminal) {
+  Bench bench;
+  Program watch(Qlid(bench.Read({"--watch", "--json"})));
+  ASSERT_TRUE(watch.WaitFor("\"kind\":\"resident\"")) << watch.err();
+
+  watch.Signal(SIGHUP);
+  bench.reader.PutCard(simulator::MakeCard("permit"));
+
+  EXPECT_TRUE(watch.WaitFor("\"kind\":\"gat\"")) << watch.err();
+}
+
+TEST(QlidWatch, EndsWhenItsTerminalIsClosed) {
+  const Bench bench;
+  Program watch(Qlid(bench.Read({"--watch"})), {}, true, true);
+  ASSERT_TRUE(watch.WaitFor(bench.card.person.text.at("cardId"))) << watch.err();
+
+  watch.CloseTerminal();
+
+  EXPECT_EQ(0, watch.Finish().exit);
+}
+
+// Standard error alone is a terminal here, and the signal comes from somebody else.
+TEST(QlidRead, IsCancelledByAHangUpAtATerminal) {
+  simulator::TtyReader reader;
+  Program read(Qlid({"read", "--device", reader.path(), "--timeout", "60"}), {}, true);
+  ASSERT_TRUE(reader.WaitForRequests(1, 20'000));
+
+  read.Signal(SIGHUP);
+
+  EXPECT_EQ(130, read.Finish().exit);
+}
+
 TEST(QlidWatch, SpeaksChinese) {
   simulator::TtyReader silent;
   silent.SetFault({FaultId::kSilent, 0});

@@ -59,7 +59,7 @@ bool Holds(const std::string& whole, const std::string& text, std::size_t times)
 }  // namespace
 
 Program::Program(std::vector<std::string> words, const std::vector<std::string>& environment,
-                 bool terminal, bool keyboard) {
+                 bool terminal, bool keyboard, bool service) {
   const std::vector<std::string> emulator = Emulator();
   words.insert(words.begin(), emulator.begin(), emulator.end());
   std::vector<char*> argv;
@@ -86,8 +86,8 @@ Program::Program(std::vector<std::string> words, const std::vector<std::string>&
     setenv("LANG", "C.UTF-8", 1);
     setenv("TERM", "xterm-256color", 1);
     for (const std::string& entry : environment) putenv(const_cast<char*>(entry.c_str()));
+    if (keyboard || service) setsid();
     if (keyboard) {
-      setsid();
       ioctl(err[1], TIOCSCTTY, 0);
     }
     dup2(keyboard ? err[1] : in[0], STDIN_FILENO);
@@ -127,6 +127,13 @@ void Program::Type(const std::string& text) const {
 void Program::EndInput() {
   close(in_);
   in_ = -1;
+}
+
+void Program::CloseTerminal() {
+  for (int* const end : {&in_, &err_}) {
+    close(*end);
+    *end = -1;
+  }
 }
 
 bool Program::Pump(int milliseconds) {

@@ -19,8 +19,9 @@ class Program {
   // entries are "NAME=value". With `terminal` standard error is a pseudo-terminal, with `keyboard`
   // too standard input and output, and it is the program's controlling one. Standard input is
   // what is given to `Type`; it stays open until `EndInput`.
+  // With `service` it leads a session and has no terminal.
   explicit Program(std::vector<std::string> words, const std::vector<std::string>& environment = {},
-                   bool terminal = false, bool keyboard = false);
+                   bool terminal = false, bool keyboard = false, bool service = false);
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
   ~Program();
@@ -33,6 +34,9 @@ class Program {
 
   // Writes to its standard input.
   void Type(const std::string& text) const;
+
+  // With `keyboard`: takes its terminal away, as when a window is closed.
+  void CloseTerminal();
 
   // Ends its standard input.
   void EndInput();

@@ -40,7 +40,8 @@ Check NotOpened(const ReadRequest& request) {
       check.text += "; " + PermissionText(problem.node);
       break;
     case OpenFailure::kHeld:
-      check.text += Format(Tr("; it is open in %s", "；已被 %s 打开"), HolderText(problem.holders).c_str());
+      check.text +=
+          Format(Tr("; it is open in %s", "；已被 %s 打开"), HolderText(problem.holders).c_str());
       break;
     case OpenFailure::kOther:
       break;

@@ -1,4 +1,6 @@
 // qlid read --watch: card after card until it is stopped; a reader that is pulled is waited for.
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdio>
 
@@ -201,7 +203,7 @@ int WatchCommand(const ReadOptions& options) {
   ReadRequest search = options.request;
   search.timeout = kSearchSeconds;
   search.countdown = false;
-  if (IsTerminal(2)) {
+  if (IsTerminal(STDERR_FILENO)) {
     std::fprintf(stderr, "%s\n",
                  Tr("waiting for cards; Ctrl-C ends it", "等待卡片；按 Ctrl-C 结束"));
   }
