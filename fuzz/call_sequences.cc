@@ -3,7 +3,9 @@
 // held.
 #include <cstring>
 
+#include "fuzz/allowed.h"
 #include "fuzz/check.h"
+#include "fuzz/data_calls.h"
 #include "fuzz/guarded.h"
 #include "fuzz/input.h"
 #include "fuzz/scripted_card.h"
@@ -22,6 +24,7 @@ namespace {
 constexpr int kMostCalls = 12;
 constexpr int kLongest = 5;  // seconds of any limit
 constexpr std::size_t kReplySize = 4096;
+constexpr int kStatusRoom = 128;  // of an answer to anything but a read
 
 const char* DeviceOf(Input& input) {
   static constexpr const char* kDevices[] = {kScriptedTty, "HID", kScriptedTty, "hid", "COM1",
@@ -35,7 +38,7 @@ void ReadCard(Input& input) {
   reading.function = input.Between(0, session::kReaders - 1);
   reading.limit = input.Between(-1, kLongest);
   reading.baud = input.Flag() ? 9600 : 115200;
-  reading.fingerprints = input.Flag();
+  session::TakeFlags(&input, &reading);  // A sequence is logged or not as a whole.
   FUZZ_CHECK(session::IsPublished(session::Read(reading)));
 }
 
@@ -93,28 +96,32 @@ void CardCommand(Input& input) {
   int result = 0;
   switch (input.Byte() % 8) {
     case 0:
-      CheckDevice();
+      result = CheckDevice();
+      FUZZ_CHECK(allowed::Exchange(result, kStatusRoom) || result == -6);
       return;
     case 1:
-      SearchCard(limit * 1000);
+      FUZZ_CHECK(allowed::OneOf(SearchCard(limit * 1000), {0, -56, -57}));
       return;
     case 2:
-      SearchCardOneTime(limit);
+      FUZZ_CHECK(allowed::Exchange(SearchCardOneTime(limit), kStatusRoom));
       return;
     case 3:
-      SelectIDCard();
+      FUZZ_CHECK(allowed::Select(SelectIDCard()));
       return;
     case 4:
-      SelectIDCardOneTime();
+      FUZZ_CHECK(allowed::Select(SelectIDCardOneTime()));
       return;
     case 5:
       result = ReadIDCard(input.Between(-1, 2), reply.bytes(), &length);
+      FUZZ_CHECK(allowed::ReadCard(result));
       break;
     case 6:
       result = ReadIDCardOneCmd(reply.bytes(), &length);
+      FUZZ_CHECK(allowed::ReadCard(result));
       break;
     default:
       result = GetIDCardInfo(limit, input.Between(0, 1), reply.bytes(), &length);
+      FUZZ_CHECK(allowed::WholeRead(result));
       break;
   }
   FUZZ_CHECK(length == 0 || length == 1295 || length == 1297 || length == 2321);
@@ -140,7 +147,7 @@ void ReaderExchange(Input& input) {
       count = COMM_Zel_ReadDataFromReader(input.Flag(), head, end, reply.bytes(), room);
       break;
     case 2:
-      COMM_Zel_WriteDataToReader(head, end, sent.get(), size);
+      FUZZ_CHECK(allowed::OneOf(COMM_Zel_WriteDataToReader(head, end, sent.get(), size), {0, -1}));
       break;
     case 3:
       count = Dev_Zel_IdSendAndReciveData(input.Byte() % 3, sent.get(),
@@ -151,18 +158,19 @@ void ReaderExchange(Input& input) {
       count = Dev_Zel_IdReciveData(reply.bytes(), room);
       break;
     case 5:
-      ICC_ZELPADCHECKCARD(input.Between(0, 3));
-      break;
+      count = ICC_ZELPADCHECKCARD(input.Between(0, 3));
+      FUZZ_CHECK(allowed::Packets(count, 2));
+      return;
     case 6:
-      COMM_Id_WriteDataToCardReader(sent.get(), size);
+      FUZZ_CHECK(allowed::OneOf(COMM_Id_WriteDataToCardReader(sent.get(), size), {0, -1}));
       count = COMM_Id_ReadDataFromCardReader(reply.bytes(), room);
       break;
     default:
-      Set_ZelBp("K");
-      COMM_Zel_ReaderCmd(sent.get(), size);
+      FUZZ_CHECK(allowed::OneOf(Set_ZelBp("K"), {0, -54}));
+      FUZZ_CHECK(allowed::OneOf(COMM_Zel_ReaderCmd(sent.get(), size), {0, -1}));
       break;
   }
-  FUZZ_CHECK(count <= room);
+  FUZZ_CHECK(allowed::Packets(count, room));
 }
 
 void TransportCall(Input& input) {
@@ -186,7 +194,9 @@ void TransportCall(Input& input) {
           COMM_Hid_ReadLinuxUsbLibHid(reply.bytes(), room, static_cast<std::uint32_t>(limit), end);
       break;
     case 3:
-      COMM_Hid_WriteLinuxUsbLibHid(sent.get(), static_cast<std::uint32_t>(size));
+      FUZZ_CHECK(
+          allowed::OneOf(COMM_Hid_WriteLinuxUsbLibHid(sent.get(), static_cast<std::uint32_t>(size)),
+                         {size, -50, -54}));
       break;
     case 4:
       count = COMM_Dev_ReadDataFromTransPort(reply.bytes(), room);
@@ -208,20 +218,11 @@ void TransportCall(Input& input) {
       ResetAux();
       break;
   }
-  FUZZ_CHECK(count <= room);
-}
-
-void PackJson(Input& input) {
-  GuardedRecord<PERSONINFO_COLLECT_FP> record(0);
-  const Bytes name = input.Take(30);
-  std::copy(name.begin(), name.end(), record->name);
-  Guarded out(QL_JSON_SIZE, 0);
-  const int result = tFuncPackCollectJson(record.get(), out.text());
-  FUZZ_CHECK(result == 0 ? out.Text().front() == '{' : result == -1 && out.UntouchedFrom(0, 0));
+  FUZZ_CHECK(count > 0 ? count <= room : allowed::NothingRead(count));
 }
 
 void Call(Input& input) {
-  switch (input.Byte() % 14) {
+  switch (input.Byte() % 17) {
     case 0:
     case 1:
     case 2:
@@ -242,8 +243,10 @@ void Call(Input& input) {
       break;
     case 8: {
       const char* const device = DeviceOf(input);
-      tFuncOpenDevice(device, "", input.Flag() ? 9600 : 115200, input.Between(0, 5),
-                      input.Between(-1, kLongest));
+      const int baud = input.Flag() ? 9600 : 115200;
+      const int aux_param = input.Between(0, 5);
+      const int limit = input.Between(-1, kLongest);
+      FUZZ_CHECK(allowed::OneOf(tFuncOpenDevice(device, "", baud, aux_param, limit), {0, -2, -50}));
       break;
     }
     case 9:
@@ -256,7 +259,16 @@ void Call(Input& input) {
       TransportCall(input);
       break;
     case 12:
-      PackJson(input);
+      data_calls::PackAndReadJson(input);
+      break;
+    case 13:
+      data_calls::SaveImage(input);
+      break;
+    case 14:
+      data_calls::Base64(input);
+      break;
+    case 15:
+      data_calls::KeepNativeData(input);
       break;
     default:
       if (input.Flag()) {

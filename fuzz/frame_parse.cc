@@ -34,7 +34,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Guarded body(packet.size());
   const int count =
       Str_GetPacketBody(head, end, sent.get(), static_cast<int>(packet.size()), body.bytes());
-  FUZZ_CHECK(count == -1 || count > 0);
-  FUZZ_CHECK(body.UntouchedFrom(count < 0 ? 0 : static_cast<std::size_t>(count)));
+  const Bytes expected = frames::Body(head, end, packet);
+  FUZZ_CHECK(count == (expected.empty() ? -1 : static_cast<int>(expected.size())));
+  FUZZ_CHECK(body.First(expected.size()) == expected);
+  FUZZ_CHECK(body.UntouchedFrom(expected.size()));
   return 0;
 }

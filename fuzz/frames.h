@@ -34,6 +34,14 @@ inline Bytes Make(std::uint8_t head, std::uint8_t end, const Bytes& content) {
   return frame;
 }
 
+// The bytes between the first head and the end behind it; nothing for none.
+inline Bytes Body(std::uint8_t head, std::uint8_t end, const Bytes& packet) {
+  const auto first = std::find(packet.begin(), packet.end(), head);
+  if (packet.end() - first <= 2) return {};  // no body and end behind it
+  const auto last = std::find(first + 1, packet.end(), end);
+  return last == packet.end() ? Bytes() : Bytes(first + 1, last);
+}
+
 struct Parsed {
   bool good = false;
   unsigned status = 0;

@@ -1,10 +1,11 @@
 // Configuration files of any content, read as a plain model reads them.
 #include "support/ini.h"
 
-#include <cstring>
+#include <cstdlib>
 #include <optional>
 
 #include "fuzz/check.h"
+#include "fuzz/guarded.h"
 #include "fuzz/input.h"
 #include "fuzz/work_file.h"
 #include "quillonid/support.h"
@@ -56,10 +57,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FUZZ_CHECK(expected ? found != otherwise && *expected == found : found == otherwise);
   const long number = GetIniKeyInt(section.c_str(), key.c_str(), otherwise, path.c_str());
   FUZZ_CHECK(number == std::strtol(expected ? expected->c_str() : otherwise, nullptr, 10));
-  char value[kIniValueSize];
-  std::memset(value, 'u', sizeof value);
-  const IniLookup lookup = FindIniValue(path.c_str(), section.c_str(), key.c_str(), value);
+  Guarded value(kIniValueSize);
+  const IniLookup lookup = FindIniValue(path.c_str(), section.c_str(), key.c_str(),
+                                        *reinterpret_cast<char(*)[kIniValueSize]>(value.text()));
   FUZZ_CHECK(lookup == (expected ? IniLookup::kFound : IniLookup::kNotFound));
-  FUZZ_CHECK(expected ? *expected == value : value[0] == 'u');
+  FUZZ_CHECK(expected ? *expected == value.Text() : value.UntouchedFrom(0));
   return 0;
 }

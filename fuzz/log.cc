@@ -2,6 +2,7 @@
 // line that a model gives, into the named file, or nothing.
 #include <cctype>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 
 #include "fuzz/check.h"
@@ -13,6 +14,7 @@ namespace {
 
 constexpr char kFolder[] = "/home/quillon/";
 constexpr std::size_t kLongestMessage = 4095;
+constexpr char kNoPrivateRoot[] = "no private root: nothing is tried";  // the test is skipped
 constexpr char kTime[] = "MMDDhhmmssmmm";  // stands for the 13 digits of the time
 
 // What the process has set, as applications see it.
@@ -125,7 +127,10 @@ void DumpBytes(Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (!HavePrivateRoot()) return 0;  // the log's folder is fixed
+  if (!HavePrivateRoot()) {  // the log's folder is fixed
+    std::fprintf(stderr, "%s\n", kNoPrivateRoot);
+    return 0;
+  }
   const std::string flag = "[QuillonLog]\nLogFlag=1\n";
   static const bool configured = [&] {
     WriteWorkFile(WorkFolder() + "QLConfig.ini", {flag.begin(), flag.end()});

@@ -27,6 +27,7 @@ class ScriptedCard {
   // Nothing but right answers so far, at once and whole.
   bool Flawless() const { return flawless_; }
   bool HasKnownKind() const { return kind_ < 3; }
+  int Kind() const { return kind_; }
 
  private:
   struct Pending {

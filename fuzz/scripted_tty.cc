@@ -14,7 +14,7 @@
 
 namespace {
 
-enum class Fault : std::uint8_t { kNone, kOpen, kGetSettings, kSetSettings, kWrite };
+enum class Fault : std::uint8_t { kNone, kOpen, kGetSettings, kSetSettings, kCalls };
 
 constexpr std::int64_t kTick = 100'000;  // VTIME: a read returns after 0.1 s
 constexpr int kNoDescriptor = -1;
@@ -141,7 +141,7 @@ ssize_t __wrap_write(int fd, const void* data, size_t size) {
   virtual_clock::CountCall();
   if (s_card->HungUp()) return Failed(EIO);
   std::size_t taken = size;
-  if (s_fault == Fault::kWrite) {
+  if (s_fault == Fault::kCalls) {
     if (virtual_clock::Microseconds() < s_full_until) return Failed(EAGAIN);
     switch (s_script->Byte() % 8) {
       case 1:
@@ -169,6 +169,18 @@ int __wrap_poll(pollfd* fds, nfds_t count, int milliseconds) {
   if (count != 1 || !IsTty(fds[0].fd)) return __real_poll(fds, count, milliseconds);
   const std::int64_t limit = milliseconds * std::int64_t{1000};
   fds[0].revents = 0;
+  if (s_fault == Fault::kCalls) {
+    switch (s_script->Byte() % 16) {
+      case 1:
+        virtual_clock::Wait(limit / 2);
+        return Failed(EINTR);
+      case 2:
+        virtual_clock::Wait(0);
+        return Failed(ENOMEM);
+      default:
+        break;
+    }
+  }
   if ((fds[0].events & POLLOUT) != 0) {
     const std::int64_t left = s_full_until - virtual_clock::Microseconds();
     const std::int64_t wait = std::clamp<std::int64_t>(left, 0, limit);

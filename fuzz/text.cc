@@ -88,16 +88,18 @@ unsigned NextOfGbk(const std::string& text, std::size_t* at) {
 void FromGbk(std::string text, int max) {
   const Exact<char> source(text);
   text.resize(text.size() % 256);  // positions have eight bits
-  std::vector<std::uint16_t> units(static_cast<std::size_t>(std::max(max, 0)) + 1, 0x2323);
+  const auto room = static_cast<std::size_t>(std::max(max, 0));
+  Guarded out(2 * room);
+  auto* const units = reinterpret_cast<std::uint16_t*>(out.bytes());
 
-  const int count = GbkToUcs2(units.data(), source.get(), max);
+  const int count = GbkToUcs2(units, source.get(), max);
 
   std::size_t at = 0;
   int expected = 0;
   while (at < text.size() && expected < max) {
     const std::size_t start = at;
     const unsigned unit = NextOfGbk(text, &at);
-    const std::uint16_t got = units[static_cast<std::size_t>(expected++)];
+    const std::uint16_t got = units[expected++];
     if (unit != 0) {
       FUZZ_CHECK(got == unit);
       continue;
@@ -109,7 +111,7 @@ void FromGbk(std::string text, int max) {
     FUZZ_CHECK(text.substr(start, 2) == pair);
   }
   FUZZ_CHECK(count == expected);
-  FUZZ_CHECK(units[static_cast<std::size_t>(expected)] == 0x2323);
+  FUZZ_CHECK(out.UntouchedFrom(2 * static_cast<std::size_t>(expected)));
 }
 
 // GBK to UTF-8 is the two other conversions, one behind the other.
