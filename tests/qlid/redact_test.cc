@@ -13,9 +13,28 @@ namespace {
 const char* const kFullCards[] = {"resident-full", "foreigner-full", "permit-full"};
 
 // What says nothing about who the holder is. All other fields do.
-const std::set<std::string> kHarmless = {"sexCode",  "nationCode", "police",  "validStart",
-                                         "validEnd", "version",    "govCode", "cardType",
-                                         "signTimes"};
+const std::set<std::string> kHarmless = {"sexCode",    "nationCode", "police",
+                                         "validStart", "validEnd",   "version",
+                                         "govCode",    "cardType",   "signTimes"};
+
+using Words = std::vector<std::string>;
+
+// clang-format off
+const std::vector<Words> kReadForms = {
+    {"--redact"},
+    {"--redact", "--json"},
+    {"--redact", "--exec", "cat"},
+    {"--redact", "--trace"},
+};
+const std::vector<Words> kDecodeForms = {
+    {"decode", "--redact"},
+    {"decode", "--redact", "--json"},
+    {"decode", "--redact", "--explain"},
+    {"decode", "--redact", "--explain", "--json"},
+    {"decode", "--redact", "--packet"},
+    {"decode", "--redact", "--packet", "--json"},
+};
+// clang-format on
 
 std::string Saved(const simulator::Card& card, bool fingerprints) {
   const std::string file = TemporaryFolder() + "/" + card.person.id + ".bin";
@@ -52,11 +71,7 @@ void ExpectNothingPersonal(const simulator::Card& card, const Output& output) {
 TEST(QlidRedact, LeavesNothingPersonalOfACardThatIsRead) {
   for (const char* id : kFullCards) {
     const Bench bench(id);
-    for (const std::vector<std::string>& form :
-         {std::vector<std::string>{"--redact"},
-          {"--redact", "--json"},
-          {"--redact", "--exec", "cat"},
-          {"--redact", "--trace"}}) {
+    for (const Words& form : kReadForms) {
       ExpectNothingPersonal(bench.card, RunQlid(bench.Read(form)));
     }
   }
@@ -76,14 +91,8 @@ TEST(QlidRedact, LeavesNothingPersonalOfACardThatIsWatched) {
 TEST(QlidRedact, LeavesNothingPersonalOfASavedAnswer) {
   for (const char* id : kFullCards) {
     const simulator::Card card = simulator::MakeCard(id, true);
-    const std::string file = Saved(card, true);
-    for (const std::vector<std::string>& form :
-         {std::vector<std::string>{"decode", "--redact", file},
-          {"decode", "--redact", "--json", file},
-          {"decode", "--redact", "--explain", file},
-          {"decode", "--redact", "--explain", "--json", file},
-          {"decode", "--redact", "--packet", file},
-          {"decode", "--redact", "--packet", "--json", file}}) {
+    for (Words form : kDecodeForms) {
+      form.push_back(Saved(card, true));
       ExpectNothingPersonal(card, RunQlid(form));
     }
   }

@@ -29,7 +29,8 @@ class Program {
   void Signal(int number) const;
   pid_t pid() const { return pid_; }
 
-  // The other end of its terminal, with `keyboard`: for the terminal's settings and size.
+  // The other end of its standard input. With `keyboard` that of its terminal, for the terminal's
+  // settings and size.
   int terminal() const { return in_; }
 
   // Writes to its standard input.

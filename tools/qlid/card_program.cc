@@ -11,8 +11,8 @@
 
 #include "quillonid/results.h"
 #include "tools/qlid/files.h"
-#include "tools/qlid/reading.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/signals.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {

@@ -103,7 +103,7 @@ int DecodePacket(const DecodeOptions& options) {
   } else {
     if (!view.rows.empty()) PrintByteMeanings(view.rows, options.output.redact);
     if (!view.meaning.empty()) std::printf("%s\n", view.meaning.c_str());
-    std::fflush(stdout);
+    FlushOutput();
     if (report) PrintReport(*report);
   }
   return report ? report->exit : kExitDone;
@@ -131,7 +131,7 @@ int DecodeCommand(const DecodeOptions& options) {
   // An answer of a size that occurs is explained even when it cannot be decoded.
   if (options.explain && IsAnswerSize(card.native.size())) {
     Explain(card, options.output);
-    std::fflush(stdout);
+    FlushOutput();
     if (report) PrintReport(*report);
   } else {
     PrintOutcome(outcome, options.output);

@@ -11,6 +11,7 @@
 #include "tools/qlid/read_failure.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/signals.h"
 #include "tools/qlid/simulator_text.h"
 #include "tools/qlid/sixel.h"
 #include "tools/qlid/specimen_reader.h"
@@ -81,6 +82,7 @@ int Demonstrate(const DemoOptions& options, const simulator::Card& specimen,
   request.device = reader.path();
   if (fault) request.timeout = kFaultSeconds;
   Reading reading = ReadCard(request);
+  ReleaseSignals();
   if (reading.result == QL_SUCCESS && !KindWanted(options.card, reading.card.kind))
     reading.result = QL_CARD_TYPE_ERROR;
   if (reading.result != QL_SUCCESS) return Fail(request, reading);
@@ -89,7 +91,7 @@ int Demonstrate(const DemoOptions& options, const simulator::Card& specimen,
   std::vector<Row> rows = CardRows(reading.card);
   rows.push_back(photo);
   PrintRows(rows);
-  std::fflush(stdout);
+  FlushOutput();
   reading.result = shown;
   if (shown != QL_SUCCESS) return Fail(request, reading);
   PrintNextSteps(reading.elapsed_ms);
@@ -105,6 +107,7 @@ int PrintFaults() {
 
 int DemoCommand(const DemoOptions& options) {
   if (options.fault == "help") return PrintFaults();
+  HoldSignals();
   simulator::Card specimen;
   std::string problem;
   if (!FindCard(options.card, false, &specimen, &problem)) {

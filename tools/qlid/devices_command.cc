@@ -85,7 +85,7 @@ void PrintPorts(const std::vector<SerialPort>& ports) {
                 AccessText(port.access, port.path).c_str());
     std::printf("    %s\n", PortCommand(port).c_str());
   }
-  std::fflush(stdout);
+  FlushOutput();
   std::fprintf(stderr, "%s\n  qlid devices --probe %s --baud 115200\n",
                Tr("Serial ports may be anything; ask one whether it is a reader:",
                   "串口可能连接任何设备；可询问其是否为读卡器："),

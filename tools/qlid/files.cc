@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tools/qlid/signals.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -121,6 +122,7 @@ bool WriteFile(const std::string& path, const std::vector<std::uint8_t>& bytes,
     if (fd >= 0) close(fd);
     return done;
   }
+  const SignalsPutOff until_written;
   TemporaryFile file(path);
   if (file.path().empty()) {
     *problem = Reason();

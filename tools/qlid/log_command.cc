@@ -23,9 +23,9 @@ void Show(std::istream& log, bool redact) {
     if (redact) line = MaskLogLine(line);
     if (IsTerminal(1)) line = Printable(line);
     line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stdout);
+    if (std::fwrite(line.data(), 1, line.size(), stdout) != line.size()) break;
   }
-  std::fflush(stdout);
+  FlushOutput();
 }
 
 int Missing(const std::string& path, int error) {

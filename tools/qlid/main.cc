@@ -169,6 +169,12 @@ int Main(int argc, char** argv) {
   return Run(app, line);
 }
 
+// A command whose output was lost has not done what it is for.
+int Ended(int status) {
+  const std::optional<Report> lost = TellUnwritten();
+  return lost && status == kExitDone ? lost->exit : status;
+}
+
 }  // namespace
 }  // namespace qlid
 
@@ -177,8 +183,7 @@ int main(int argc, char** argv) {
     std::setlocale(LC_CTYPE, "");
     // A closed pipe ends the tool quietly.
     std::signal(SIGPIPE, SIG_DFL);
-    qlid::HoldSignals();
-    return qlid::Main(argc, argv);
+    return qlid::Ended(qlid::Main(argc, argv));
   } catch (const std::exception& problem) {  // no memory, no thread
     std::fprintf(stderr, "qlid: %s\n", problem.what());
     return qlid::kExitUnexpected;

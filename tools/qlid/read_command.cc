@@ -5,6 +5,7 @@
 #include "tools/qlid/read_failure.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/signals.h"
 #include "tools/qlid/tapped_reading.h"
 #include "tools/qlid/terminal.h"
 
@@ -13,6 +14,8 @@ namespace {
 
 // Hands over the card, or says why there is none. Returns the exit status.
 int Tell(const Reading& reading, Outcome outcome, const ReadOptions& options) {
+  // From here on nothing is left to be put in order but a program that was started.
+  if (reading.result != QL_SUCCESS || options.exec.empty()) ReleaseSignals();
   std::optional<Report> report;
   if (reading.result != QL_SUCCESS) {
     report = ReadReport(options.request, reading);
@@ -30,6 +33,7 @@ int Tell(const Reading& reading, Outcome outcome, const ReadOptions& options) {
 }  // namespace
 
 int ReadCommand(const ReadOptions& options) {
+  HoldSignals();
   Outcome outcome;
   outcome.device = options.request.device;
   auto wrong = CheckRequest(options.request);

@@ -1,14 +1,11 @@
 #include "tools/qlid/reading.h"
 
-#include <poll.h>
-#include <pthread.h>
-#include <signal.h>
 #include <sys/eventfd.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <thread>
 
@@ -20,16 +17,13 @@
 #include "tools/qlid/devices.h"
 #include "tools/qlid/node_watch.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/signals.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// Both set by HoldSignals.
-int s_signals = -1;          // signalfd of the held signals
-bool s_at_terminal = false;  // a standard stream is a terminal
 
 long MillisecondsSince(Clock::time_point start) {
   return static_cast<long>(
@@ -71,36 +65,6 @@ bool Open(const ReadRequest& request) {
 }
 
 }  // namespace
-
-void HoldSignals() {
-  sigset_t held;
-  sigemptyset(&held);
-  sigaddset(&held, SIGINT);
-  sigaddset(&held, SIGTERM);
-  // A service that leads its session without a terminal gets an opened serial port as its
-  // controlling terminal, and this signal when the reader is pulled.
-  sigaddset(&held, SIGHUP);
-  pthread_sigmask(SIG_BLOCK, &held, nullptr);
-  // Asked now: a terminal that has hung up no longer says that it is one.
-  s_at_terminal =
-      IsTerminal(STDIN_FILENO) || IsTerminal(STDOUT_FILENO) || IsTerminal(STDERR_FILENO);
-  s_signals = signalfd(-1, &held, SFD_CLOEXEC | SFD_NONBLOCK);
-}
-
-bool AsksToStop(int signal) {
-  return signal == SIGINT || signal == SIGTERM || (signal == SIGHUP && s_at_terminal);
-}
-
-int WaitForSignal(int milliseconds, int also) {
-  pollfd waiting[] = {
-      {s_signals, POLLIN, 0},
-      {also,      POLLIN, 0}
-  };
-  if (poll(waiting, 2, milliseconds) <= 0 || waiting[0].revents == 0) return 0;
-  signalfd_siginfo info = {};
-  if (read(s_signals, &info, sizeof info) != sizeof info) return 0;
-  return static_cast<int>(info.ssi_signo);
-}
 
 Reading ReadCard(const ReadRequest& request) {
   Reading reading;

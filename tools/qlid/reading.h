@@ -31,18 +31,6 @@ struct Reading {
   std::string gone_since;  // clock time
 };
 
-// SIGINT, SIGTERM and SIGHUP come to WaitForSignal() from here on. Call before any thread starts.
-void HoldSignals();
-
-// Waits at most `milliseconds` for a held signal, or until the descriptor `also` can be read; the
-// signal's number, or 0.
-int WaitForSignal(int milliseconds, int also = -1);
-
-// Whether it asks to stop. A hang-up does where one of the standard streams is a terminal: the
-// window was closed. A service has none, and there the signal is that of a reader pulled from its
-// port.
-bool AsksToStop(int signal);
-
 Reading ReadCard(const ReadRequest& request);
 
 enum class ReaderState { kNotOpened, kSilent, kReady };

@@ -19,10 +19,6 @@ constexpr char kDecoder[] = "libwlt.so";  // at the root, where the library look
 
 int s_output_error = 0;  // errno of the first flush of standard output that failed
 
-void FlushOutput() {
-  if (std::fflush(stdout) != 0 && s_output_error == 0) s_output_error = errno;
-}
-
 Json Envelope(const Outcome& outcome, bool photo) {
   Json document = NewDocument("qlid.read/1");
   cJSON_AddBoolToObject(document.get(), "ok", outcome.report == nullptr);
@@ -118,9 +114,14 @@ std::optional<Report> TakePhoto(const Card& card, const std::string& path,
 
 }  // namespace
 
+bool FlushOutput() {
+  if (std::fflush(stdout) != 0 && s_output_error == 0) s_output_error = errno;
+  return std::ferror(stdout) == 0;
+}
+
 std::optional<Report> TellUnwritten() {
-  FlushOutput();
-  if (std::ferror(stdout) == 0) return std::nullopt;
+  static bool told = false;
+  if (FlushOutput()) return std::nullopt;
   Report report = {QL_OTHER_ERROR,
                    kExitOther,
                    Tr("standard output could not be written", "无法写入标准输出"),
@@ -132,7 +133,8 @@ std::optional<Report> TellUnwritten() {
           &report);
   report.tell_code = false;  // No call of the library gave it.
   report.reason = kReasonOutput;
-  PrintReport(report);
+  if (!told) PrintReport(report);
+  told = true;
   return report;
 }
 

@@ -41,7 +41,10 @@ std::string ReasonOf(const Report& report);
 // Data that did not get onto standard output.
 inline constexpr char kReasonOutput[] = "output";
 
-// Flushes standard output, and reports on standard error when something printed there is lost.
+// Hands on what is buffered for standard output; false when some of it was lost.
+bool FlushOutput();
+
+// Flushes standard output, and says on standard error, once, when something printed there is lost.
 std::optional<Report> TellUnwritten();
 
 // A wrong use of the command line.

@@ -12,6 +12,7 @@
 #include "tools/qlid/files.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/signals.h"
 #include "tools/qlid/simulator_text.h"
 #include "tools/qlid/specimen_reader.h"
 #include "tools/qlid/terminal.h"
@@ -127,7 +128,7 @@ void Announce(const simulator::TtyReader& reader, const std::string& what, const
            : Tr("Ctrl-C ends it.", "按 Ctrl-C 结束。"));
   // For programs that start this one: the path alone on standard output.
   std::printf("%s\n", reader.path().c_str());
-  std::fflush(stdout);
+  FlushOutput();
 }
 
 // Until a signal comes, or `press` is given a key that ends it.
@@ -147,6 +148,7 @@ bool LinkStands(const Link& link, const std::string& name) {
 
 int Serve(const SimulateOptions& options, const simulator::Card& card,
           const std::optional<simulator::Fault>& fault) {
+  HoldSignals();
   simulator::TtyReader reader;
   Stage stage(&reader, card);
   if (fault) reader.SetFault(*fault);
@@ -165,6 +167,7 @@ int Serve(const SimulateOptions& options, const simulator::Card& card,
 
 int ServeRecording(const SimulateOptions& options,
                    const std::vector<simulator::RecordedPiece>& pieces) {
+  HoldSignals();
   simulator::Replay replay(pieces);
   simulator::TtyReader reader([&](std::span<const std::uint8_t> bytes, int line_speed) {
     return replay.Receive(bytes, line_speed);

@@ -18,6 +18,8 @@
 #include <sstream>
 #include <string_view>
 
+#include "tools/qlid/signals.h"
+
 namespace qlid {
 namespace {
 
@@ -36,6 +38,7 @@ bool IsAnswered(const std::string& heard) {
 // Sends the question and takes what comes back, with the terminal neither echoing nor waiting for
 // the end of a line.
 std::string Ask(int terminal) {
+  const SignalsPutOff until_settings_are_back;
   termios before = {};
   if (tcgetattr(terminal, &before) != 0) return "";
   termios silent = before;

@@ -10,6 +10,7 @@
 #include "tools/qlid/read_failure.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
+#include "tools/qlid/signals.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -194,6 +195,7 @@ class Watch {
 }  // namespace
 
 int WatchCommand(const ReadOptions& options) {
+  HoldSignals();
   if (const auto problem = CheckRequest(options.request)) {
     Outcome outcome;
     outcome.report = &*problem;
