@@ -61,13 +61,13 @@ bool FindInText(const char* text, std::size_t size, std::string_view section, st
   return false;
 }
 
-// Pipes, sockets and terminals are not emptied, and devices may give bytes without end.
 bool IsRegular(int fd) {
   struct stat status = {};
   return fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-// Reads from the file's beginning until `buffer` is full or the file ends.
+// Reads from the file's beginning until `buffer` is full or the file ends. pread fails on pipes,
+// sockets and terminals, so that none of them is emptied.
 std::size_t ReadFromStart(int fd, char* buffer, std::size_t size) {
   std::size_t got = 0;
   while (got < size) {
@@ -81,6 +81,7 @@ std::size_t ReadFromStart(int fd, char* buffer, std::size_t size) {
 
 bool FindInLargeFile(int fd, std::string_view section, std::string_view key,
                      char (&value)[kIniValueSize]) {
+  if (!IsRegular(fd)) return false;
   const HeapBytes block(static_cast<unsigned char*>(std::malloc(kMostBytes)));
   if (block == nullptr) return false;
   char* const text = reinterpret_cast<char*>(block.get());
@@ -90,20 +91,22 @@ bool FindInLargeFile(int fd, std::string_view section, std::string_view key,
 }  // namespace
 
 IniLookup FindIniValue(const char* path, const char* section, const char* key,
-                       char (&value)[kIniValueSize]) {
+                       char (&value)[kIniValueSize], bool matters(const char* value)) {
   if (path == nullptr || section == nullptr || key == nullptr) return IniLookup::kNotFound;
   const Descriptor file(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!file) return errno == ENOENT ? IniLookup::kNoFile : IniLookup::kNotFound;
-  if (!IsRegular(file.get())) return IniLookup::kNotFound;
 
   char page[kPage];
   const ssize_t got = pread(file.get(), page, sizeof page, 0);
   if (got <= 0) return IniLookup::kNotFound;
-  // Only a full page asks for more calls.
+  // Only a full page asks for more calls: devices that give bytes without end fill it, too.
   const bool found = static_cast<std::size_t>(got) < sizeof page
                          ? FindInText(page, static_cast<std::size_t>(got), section, key, value)
                          : FindInLargeFile(file.get(), section, key, value);
-  return found ? IniLookup::kFound : IniLookup::kNotFound;
+  if (!found) return IniLookup::kNotFound;
+  // Last, since it takes a quarter of the time of all this.
+  const bool taken = (matters != nullptr && !matters(value)) || IsRegular(file.get());
+  return taken ? IniLookup::kFound : IniLookup::kNotFound;
 }
 
 char* GetIniKeyString(const char* section, const char* key, const char* defaultValue,

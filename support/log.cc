@@ -256,9 +256,12 @@ void SetName(char (&target)[size], const char* name) {
   std::memcpy(target, name, strnlen(name, size - 1));
 }
 
+bool IsNotZero(const char* flag) { return std::strcmp(flag, "0") != 0; }
+
 [[gnu::noinline]] int LogFlag() {
   char value[kIniValueSize];
-  const IniLookup result = FindIniValue(kConfigurationFile, "QuillonLog", "LogFlag", value);
+  const IniLookup result =
+      FindIniValue(kConfigurationFile, "QuillonLog", "LogFlag", value, IsNotZero);
   s_bNoConfiguration.store(result == IniLookup::kNoFile, std::memory_order_relaxed);
   if (result != IniLookup::kFound) return 0;
   const long flag = std::strtol(value, nullptr, 10);
