@@ -22,6 +22,8 @@ constexpr Typed kTyped[] = {
     {"qlid simulate --fault photo-r", "photo-refused"     },
     {"qlid explain -13",              "-13"               },
     {"qlid completion fi",            "fish"              },
+    {"qlid res",                      "reset-baud"        },
+    {"qlid reset-baud --ba",          "--baud"            },
     {"qlid doctor --print",           "--print-udev-rules"},
 };
 

@@ -17,7 +17,7 @@ struct Named {
 
 // "qlid COMMAND ..." up to the end of the line, the quotation or the sentence.
 std::vector<Named> CommandsIn(const std::string& document) {
-  static const std::regex kCommand("qlid ([a-z]+)([^`\n;|>#(]*)");
+  static const std::regex kCommand("qlid ([a-z][a-z-]*)([^`\n;|>#(]*)");
   static const std::regex kOption("--[a-z][a-z-]*");
   std::vector<Named> commands;
   for (std::sregex_iterator found(document.begin(), document.end(), kCommand), end; found != end;

@@ -253,6 +253,17 @@ void AddDoctor(CLI::App& app, CommandLine* line) {
       Tr("Print the udev rules for the known USB readers", "打印已知 USB 读卡器的 udev 规则"));
 }
 
+void AddResetBaud(CLI::App& app, CommandLine* line) {
+  CLI::App* reset = app.add_subcommand("reset-baud", Tr("Bring a serial reader back to 9600 bit/s",
+                                                        "使串口读卡器恢复到 9600 bit/s"));
+  AddDevice(reset, &line->reset_baud.device,
+            Tr("Serial port, such as /dev/ttyUSB0", "串口，如 /dev/ttyUSB0"));
+  reset
+      ->add_option("--baud,-b", line->reset_baud.baud,
+                   Tr("Speed that it was left at, in bit/s", "它所停留的波特率（bit/s）"))
+      ->capture_default_str();
+}
+
 void AddExplain(CLI::App& app, CommandLine* line) {
   CLI::App* explain = app.add_subcommand(
       "explain", Tr("What a result code means and what to do", "结果码的含义和处理办法"));
@@ -288,6 +299,7 @@ void AddOptions(CLI::App& app, CommandLine* line) {
   AddRead(app, line);
   AddDecode(app, line);
   AddSimulate(app, line);
+  AddResetBaud(app, line);
   AddExplain(app, line);
   AddLog(app, line);
   AddCompletion(app, line);

@@ -23,6 +23,7 @@ struct CommandLine {
   SimulateOptions simulate;
   DemoOptions demo;
   DoctorOptions doctor;
+  ReadRequest reset_baud;
   ExplainOptions explain;
   LogOptions log;
   std::string shell;

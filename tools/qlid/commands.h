@@ -75,6 +75,8 @@ struct DoctorOptions {
 };
 int DoctorCommand(const DoctorOptions& options);
 
+int ResetBaudCommand(const ReadRequest& request);
+
 struct LogOptions {
   std::string file;  // empty: where the library writes it
   bool redact = false;

@@ -138,6 +138,7 @@ int Run(const CLI::App& app, const CommandLine& line) {
   if (app.got_subcommand("decode")) return DecodeCommand(line.decode);
   if (app.got_subcommand("simulate")) return SimulateCommand(line.simulate);
   if (app.got_subcommand("explain")) return ExplainCommand(line.explain);
+  if (app.got_subcommand("reset-baud")) return ResetBaudCommand(line.reset_baud);
   if (app.got_subcommand("log")) return LogCommand(line.log);
   if (app.got_subcommand("completion")) return CompletionCommand(app, line.shell);
   if (extras) return UnknownCommand(app, app.remaining().front());
