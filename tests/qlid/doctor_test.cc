@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "tests/qlid/bench.h"
+#include "tests/qlid/usb_machine.h"
 #include "tests/testing/private_root.h"
 
 namespace {
@@ -195,6 +196,63 @@ TEST(QlidDoctor, SkipsTheCardWhenNoneLiesThere) {
   EXPECT_EQ("skip", Verdict({"--device", empty.path()}, "reader", "card", &words));
 
   EXPECT_TRUE(Contains(words, "no card lies on the reader")) << words;
+}
+
+TEST(QlidDoctor, SaysWhyACardIsNotSelected) {
+  const std::pair<simulator::FaultId, const char*> kFaults[] = {
+      {simulator::FaultId::kSelectNoCard,  "(-10)" },
+      {simulator::FaultId::kIcPowerOn,     "(-100)"},
+      {simulator::FaultId::kSelectUnknown, "(-2)"  },
+  };
+  for (const auto& [fault, code] : kFaults) {
+    Bench bench;
+    bench.reader.SetFault({fault, 0});
+    std::string words;
+
+    EXPECT_EQ("fail", Verdict({"--device", bench.reader.path()}, "reader", "card", &words));
+
+    EXPECT_TRUE(Contains(words, "a card was found and not selected: ")) << words;
+    EXPECT_TRUE(Contains(words, code)) << words;
+  }
+}
+
+TEST(QlidDoctor, RefusesWhatTheLibraryWouldMisunderstand) {
+  const Bench bench;
+  std::string speed;
+  std::string device;
+
+  EXPECT_EQ("fail", Verdict({"--device", bench.reader.path(), "--baud", "14400"}, "reader", "open",
+                            &speed));
+  EXPECT_EQ("fail", Verdict({"--device", "COM1"}, "reader", "open", &device));
+
+  EXPECT_TRUE(Contains(speed, "14400 is not a speed of this reader link")) << speed;
+  EXPECT_TRUE(Contains(speed, "115200 230400")) << speed;
+  EXPECT_TRUE(Contains(device, "\"COM1\" names no device on Linux")) << device;
+  EXPECT_TRUE(Contains(device, "--device /dev/ttyUSB0")) << device;
+  EXPECT_TRUE(bench.reader.Requests().empty());
+}
+
+// As /proc looks to a user from whom mount options hide the programs of others, the first of all
+// among them.
+TEST(QlidDoctor, FindsNobodyInnocentWhereProgramsAreHidden) {
+  NEEDS_PRIVATE_ROOT();
+  const UsbMachine machine;
+  ASSERT_EQ(0, mount("tmpfs", "/proc/1", "tmpfs", 0, nullptr));
+  std::string words;
+
+  EXPECT_EQ("skip", Verdict("usb", "holders", &words));
+  EXPECT_TRUE(Contains(words, "sudo qlid doctor")) << words;
+  EXPECT_EQ("skip", Verdict("serial", "ModemManager", &words));
+  EXPECT_TRUE(Contains(words, "whether ModemManager runs")) << words;
+  EXPECT_EQ("skip", Verdict("serial", "brltty", &words));
+}
+
+TEST(QlidDoctor, FindsThatNobodyMeddlesWhereAllIsShown) {
+  std::string words;
+
+  const std::string verdict = Verdict("serial", "brltty", &words);
+
+  EXPECT_TRUE(verdict == "ok" || Contains(words, "brltty (pid ")) << verdict << words;
 }
 
 TEST(QlidDoctor, SaysThatTheNamedPortIsNotThere) {

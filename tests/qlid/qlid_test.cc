@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "tests/qlid/bench.h"
+#include "tests/qlid/rival.h"
 #include "tests/testing/private_root.h"
 
 namespace {
@@ -417,6 +418,55 @@ TEST(QlidDevices, AsksASerialPortWhetherItIsAReader) {
   EXPECT_TRUE(Contains(reader.out, "a reader answered: its card module is ready")) << reader.out;
   EXPECT_EQ(3, other.exit);
   EXPECT_TRUE(Contains(other.out, "nothing answered")) << other.out;
+}
+
+TEST(QlidDevices, RefusesToAskWithWhatTheLibraryWouldMisunderstand) {
+  const Bench bench;
+
+  const Output speed = RunQlid({"devices", "--probe", bench.reader.path(), "--baud", "14400"});
+  const Output device = RunQlid({"devices", "--probe", "COM1"});
+
+  EXPECT_EQ(2, speed.exit);
+  EXPECT_EQ("", speed.out);
+  EXPECT_TRUE(Contains(speed.err, "14400 is not a speed of this reader link")) << speed.err;
+  EXPECT_TRUE(bench.reader.Requests().empty());
+  EXPECT_EQ(2, device.exit);
+  EXPECT_TRUE(Contains(device.err, "\"COM1\" names no device on Linux")) << device.err;
+}
+
+TEST(QlidDevices, SayWhyAPortThatIsAskedDoesNotOpen) {
+  NEEDS_PRIVATE_ROOT();
+  const Bench bench;
+  const Rival rival(bench.reader.path());
+
+  const Output held = RunQlid({"devices", "--probe", bench.reader.path()});
+  const Output missing = RunQlid({"devices", "--probe", "/dev/quillonid-none"});
+
+  EXPECT_EQ(3, held.exit);
+  EXPECT_TRUE(Contains(held.out, bench.reader.path() + "  115200 bit/s  cannot be opened\n"));
+  EXPECT_TRUE(Contains(held.err, "Held by  " + rival.Named())) << held.err;
+  EXPECT_TRUE(Contains(held.err, "  Next     ")) << held.err;
+  EXPECT_EQ(3, missing.exit);
+  EXPECT_TRUE(Contains(missing.err, "there is no /dev/quillonid-none")) << missing.err;
+}
+
+TEST(QlidDevices, AskForPrograms) {
+  const Bench bench;
+  simulator::TtyReader silent;
+  silent.SetFault({simulator::FaultId::kSilent, 0});
+
+  const Json ready = Parse(RunQlid({"devices", "--json", "--probe", bench.reader.path()}).out);
+  const Json mute = Parse(RunQlid({"devices", "--json", "--probe", silent.path()}).out);
+  const Output wrong = RunQlid({"devices", "--json", "--probe", "COM1"});
+  const Json known = Parse(RunQlid({"devices", "--json", "--known"}).out);
+
+  EXPECT_EQ("ready", Member(ready.get(), "answer"));
+  EXPECT_EQ("true", Member(ready.get(), "ok"));
+  EXPECT_EQ("silent", Member(mute.get(), "answer"));
+  EXPECT_EQ("silent", Member(Child(mute, "error"), "reason"));
+  EXPECT_EQ("refused", Member(Parse(wrong.out).get(), "answer"));
+  EXPECT_EQ("", wrong.err);
+  EXPECT_EQ(6, cJSON_GetArraySize(Child(known, "usb")));
 }
 
 TEST(QlidDevices, ListsTheKnownUsbIds) {

@@ -189,6 +189,20 @@ TEST(QlidSchema, HoldsForTheDevices) {
   EXPECT_EQ(0, Check(documents, "devices"));
 }
 
+TEST(QlidSchema, HoldsForADeviceThatIsAsked) {
+  NEEDS_VALIDATOR();
+  const Bench bench;
+  std::vector<std::string> documents;
+  for (const std::string& device :
+       {bench.reader.path(), std::string("/dev/quillonid-none"), std::string("/dev/null"),
+        std::string("COM1"), std::string("HID")}) {
+    documents.push_back(RunQlid({"devices", "--json", "--probe", device}).out);
+  }
+
+  EXPECT_EQ(0, Check(documents, "probe"));
+  EXPECT_EQ(0, Check({RunQlid({"devices", "--json", "--known"}).out}, "known"));
+}
+
 TEST(QlidSchema, HoldsForExplainedBytes) {
   NEEDS_VALIDATOR();
   std::vector<std::string> documents;

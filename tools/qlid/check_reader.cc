@@ -1,12 +1,16 @@
 // doctor: the reader itself, asked through the library.
 #include <chrono>
 
+#include "api/published.h"
 #include "quillonid/link.h"
 #include "quillonid/reader.h"
+#include "quillonid/results.h"
 #include "tools/qlid/checks.h"
 #include "tools/qlid/node_watch.h"
 #include "tools/qlid/permission.h"
 #include "tools/qlid/read_failure.h"
+#include "tools/qlid/report.h"
+#include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
 
 namespace qlid {
@@ -63,20 +67,58 @@ Check Silent(const ReadRequest& request) {
   return check;
 }
 
+// A card lies there that the reader cannot take.
+Check NotSelected(int result) {
+  const ResultText& text = ResultOf(PublishedCode(result));
+  Check check = {
+      Verdict::kFail,
+      "card",
+      Format(Tr("a card was found and not selected: %s (%d)", "找到卡片但未能选中：%s（%d）"),
+             Tr(text.english, text.chinese), text.code),
+      {}};
+  check.remedy = {Tr(text.next_english, text.next_chinese)};
+  return check;
+}
+
 // Searches once and selects; the card is not read.
 Check FindCard() {
   constexpr int kSearchSeconds = 1;
-  if (SearchCardOneTime(kSearchSeconds) == 0 && SelectIDCardOneTime() == 0) {
-    return {Verdict::kOk,
-            "card",
-            Tr("a card was found and selected (not read)", "已找到并选中卡片（未读取）"),
+  const char* id = "card";
+  const int found = SearchCardOneTime(kSearchSeconds);
+  if (found < 0) {
+    return {Verdict::kFail,
+            id,
+            Format(Tr("the reader did not answer the search for a card (%d)",
+                      "读卡器没有应答寻卡（%d）"),
+                   PublishedCode(found)),
+            {Tr("check the cable, and see what travels: qlid read --trace",
+                "检查线缆，并查看收发的内容：qlid read --trace")}};
+  }
+  if (found != RET_PUB_SUCCESS) {
+    return {Verdict::kSkip,
+            id,
+            Tr("no card lies on the reader; put one there to have it found",
+               "读卡器上没有卡片；放上卡片后可检查寻卡"),
             {}};
   }
-  return {Verdict::kSkip,
-          "card",
-          Tr("no card lies on the reader; put one there to have it found",
-             "读卡器上没有卡片；放上卡片后可检查寻卡"),
+  const int selected = SelectIDCardOneTime();
+  if (selected != RET_PUB_SUCCESS) return NotSelected(selected);
+  return {Verdict::kOk,
+          id,
+          Tr("a card was found and selected (not read)", "已找到并选中卡片（未读取）"),
           {}};
+}
+
+// What the library would misunderstand is refused as `qlid read` refuses it.
+bool Refused(const ReadRequest& request, CheckGroup* group) {
+  const std::optional<Report> wrong = CheckRequest(request);
+  if (!wrong) return false;
+  Check check = {Verdict::kFail, "open", wrong->what, {}};
+  for (const Row& row : wrong->rows) check.remedy.push_back(row.text);
+  group->checks.push_back(std::move(check));
+  group->checks.push_back(
+      {Verdict::kSkip, "answer", Tr("not asked: it was not opened", "未询问：没有打开"), {}});
+  return true;
 }
 
 void Ask(const ReadRequest& request, CheckGroup* group) {
@@ -119,6 +161,7 @@ void Ask(const ReadRequest& request, CheckGroup* group) {
 
 CheckGroup CheckReader(const ReaderToAsk& reader) {
   CheckGroup group = {"reader", Tr("Reader", "读卡器"), {}};
+  if (reader.named && Refused(reader.request, &group)) return group;
   if (reader.named || reader.usb_ready) {
     Ask(reader.request, &group);
   } else if (!reader.any) {

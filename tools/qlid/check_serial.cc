@@ -67,8 +67,16 @@ constexpr Meddler kMeddlers[] = {
 };
 
 Check CheckMeddler(const Meddler& meddler) {
-  const std::vector<Holder> running = RunningPrograms({meddler.program});
-  if (running.empty()) {
+  const Holders running = RunningPrograms({meddler.program});
+  if (running.list.empty() && !running.complete) {
+    return {Verdict::kSkip,
+            meddler.program,
+            Format(Tr("whether %s runs: other users' programs are hidden; sudo qlid doctor can see",
+                      "%s 是否运行：其他用户的程序被隐藏；可用 sudo qlid doctor"),
+                   meddler.program),
+            {}};
+  }
+  if (running.list.empty()) {
     return {Verdict::kOk,
             meddler.program,
             Format(Tr("%s does not run", "%s 未运行"), meddler.program),
@@ -76,7 +84,7 @@ Check CheckMeddler(const Meddler& meddler) {
   }
   return {Verdict::kWarn,
           meddler.program,
-          Format("%s %s", HolderText(running).c_str(), Tr(meddler.english, meddler.chinese)),
+          Format("%s %s", HolderText(running.list).c_str(), Tr(meddler.english, meddler.chinese)),
           {Format(Tr("when the machine does not need it: %s", "不需要时：%s"), meddler.remedy)}};
 }
 

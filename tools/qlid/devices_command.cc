@@ -5,6 +5,8 @@
 #include "tools/qlid/commands.h"
 #include "tools/qlid/devices.h"
 #include "tools/qlid/json_document.h"
+#include "tools/qlid/node_watch.h"
+#include "tools/qlid/read_failure.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
 #include "tools/qlid/terminal.h"
@@ -132,30 +134,72 @@ Report NothingFound(const Found& found) {
   };
 }
 
-int Probe(const DevicesOptions& options) {
+// What came of asking a device.
+struct Probed {
+  const char* answer;  // for programs
+  const char* text;    // for people; null: the report says it all
+  int exit;
+  std::optional<Report> report;
+};
+
+Probed Probe(const ReadRequest& request) {
+  if (auto wrong = CheckRequest(request))
+    return {"refused", nullptr, wrong->exit, std::move(wrong)};
+  switch (AskReader(request)) {
+    case ReaderState::kReady:
+      return {"ready",
+              Tr("a reader answered: its card module is ready", "有读卡器应答：安全模块就绪"),
+              kExitDone,
+              {}};
+    case ReaderState::kSilent:
+      return {"silent", Tr("opened, but nothing answered", "已打开，但没有应答"), kExitNoReader,
+              SilentReport(request)};
+    case ReaderState::kNotOpened:
+      break;
+  }
+  return {"not-opened", Tr("cannot be opened", "无法打开"), kExitNoReader, OpenReport(request)};
+}
+
+void PrintJson(const ReadRequest& request, const Probed& probed) {
+  const Json document = NewDocument("qlid.probe/1");
+  cJSON_AddBoolToObject(document.get(), "ok", !probed.report);
+  AddText(document.get(), "device", request.device);
+  if (IsSerial(request.device))
+    cJSON_AddNumberToObject(document.get(), "baud", static_cast<double>(request.baud));
+  cJSON_AddStringToObject(document.get(), "answer", probed.answer);
+  if (probed.report) cJSON_AddItemToObject(document.get(), "error", ReportObject(*probed.report));
+  PrintJson(document);
+}
+
+int ProbeCommand(const DevicesOptions& options) {
   ReadRequest request;
   request.device = options.probe;
   request.baud = options.baud;
-  const char* answer = nullptr;
-  int status = kExitNoReader;
-  switch (AskReader(request)) {
-    case ReaderState::kReady:
-      answer = Tr("a reader answered: its card module is ready", "有读卡器应答：安全模块就绪");
-      status = kExitDone;
-      break;
-    case ReaderState::kSilent:
-      answer = Tr("opened, but nothing answered", "已打开，但没有应答");
-      break;
-    case ReaderState::kNotOpened:
-      answer = Tr("cannot be opened", "无法打开");
-      break;
+  request.usb_ids = options.usb_ids;
+  request.timeout = 1;
+  const Probed probed = Probe(request);
+  if (options.json) {
+    PrintJson(request, probed);
+    return probed.exit;
   }
-  std::printf("%s  %ld bit/s  %s\n", options.probe.c_str(), options.baud, answer);
-  return status;
+  const std::string speed =
+      IsSerial(request.device) ? Format("  %ld bit/s", request.baud) : std::string();
+  if (probed.text) std::printf("%s%s  %s\n", request.device.c_str(), speed.c_str(), probed.text);
+  FlushOutput();
+  if (probed.report) PrintReport(*probed.report);
+  return probed.exit;
 }
 
-int PrintKnown(const std::vector<UsbIdText>& ids) {
-  for (const UsbIdText& id : ids) std::printf("%s\n", IdText(id).c_str());
+int PrintKnown(const std::vector<UsbIdText>& ids, bool json) {
+  if (!json) {
+    for (const UsbIdText& id : ids) std::printf("%s\n", IdText(id).c_str());
+    return kExitDone;
+  }
+  const Json document = NewDocument("qlid.known/1");
+  cJSON* list = cJSON_AddArrayToObject(document.get(), "usb");
+  for (const UsbIdText& id : ids)
+    cJSON_AddItemToArray(list, cJSON_CreateString(IdText(id).c_str()));
+  PrintJson(document);
   return kExitDone;
 }
 
@@ -167,8 +211,8 @@ int DevicesCommand(const DevicesOptions& options) {
     UsbIdText id = {};
     if (ParseUsbId(text, &id)) ids.push_back(id);
   }
-  if (options.known) return PrintKnown(ids);
-  if (!options.probe.empty()) return Probe(options);
+  if (options.known) return PrintKnown(ids, options.json);
+  if (!options.probe.empty()) return ProbeCommand(options);
 
   const Found found = {FindUsbReaders(ids), FindSerialPorts(), ids.size()};
   const bool any = !found.usb.readers.empty() || !found.ports.empty();

@@ -36,6 +36,10 @@ std::vector<fs::path> Processes() {
   return processes;
 }
 
+// Whether this user is shown everybody's programs. The first of all runs as long as the machine;
+// mount options of /proc (hidepid) hide it, or its files, with the others.
+bool AllAreShown() { return !NameOf("/proc/1").empty(); }
+
 long PidOf(const fs::path& process) { return std::stol(process.filename().string()); }
 
 struct OpenFiles {
@@ -69,6 +73,7 @@ Holders HoldersOf(const std::string& node) {
   struct stat status = {};
   if (stat(node.c_str(), &status) != 0 || !S_ISCHR(status.st_mode)) return holders;
   if (major(status.st_rdev) == kMemoryDevices) return holders;
+  holders.complete = AllAreShown();
   std::error_code none;
   const bool pseudo_terminal = fs::canonical(node, none).string().rfind("/dev/pts/", 0) == 0;
   for (const fs::path& process : Processes()) {
@@ -82,12 +87,13 @@ Holders HoldersOf(const std::string& node) {
   return holders;
 }
 
-std::vector<Holder> RunningPrograms(const std::vector<std::string>& names) {
-  std::vector<Holder> running;
+Holders RunningPrograms(const std::vector<std::string>& names) {
+  Holders running;
+  running.complete = AllAreShown();
   for (const fs::path& process : Processes()) {
     const std::string name = NameOf(process);
     if (std::find(names.begin(), names.end(), name) != names.end())
-      running.push_back({name, PidOf(process)});
+      running.list.push_back({name, PidOf(process)});
   }
   return running;
 }

@@ -14,14 +14,14 @@ struct Holder {
 
 struct Holders {
   std::vector<Holder> list;
-  bool complete = true;  // false: another user's programs could not be looked into
+  bool complete = true;  // false: other users' programs could not be seen or looked into
 };
 
 // This program is left out, and so is the far end of a pseudo-terminal: it is no rival.
 Holders HoldersOf(const std::string& node);
 
 // The running programs of one of these names.
-std::vector<Holder> RunningPrograms(const std::vector<std::string>& names);
+Holders RunningPrograms(const std::vector<std::string>& names);
 
 // "frontdesk (pid 2231), ModemManager (pid 612)"
 std::string HolderText(const std::vector<Holder>& holders);

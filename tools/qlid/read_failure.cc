@@ -88,6 +88,8 @@ const char* OpenReason(OpenFailure failure) {
   return kReasonNotOpened;
 }
 
+}  // namespace
+
 Report OpenReport(const ReadRequest& request) {
   const OpenProblem problem = ExplainOpening(request);
   Report report = {QL_DEVICE_ERROR, kExitNoReader, OpenWhat(request, problem), {}};
@@ -101,8 +103,6 @@ Report OpenReport(const ReadRequest& request) {
   AddNext(problem.next, &report);
   return report;
 }
-
-}  // namespace
 
 OpenProblem ExplainOpening(const ReadRequest& request) {
   OpenProblem problem = {OpenFailure::kOther, NodeOf(request), {}, {}};

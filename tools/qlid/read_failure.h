@@ -24,6 +24,9 @@ Report ReadReport(const ReadRequest& request, const Reading& reading);
 Report SilentReport(const ReadRequest& request);
 Report UnreadReport(const ReadRequest& request);
 
+// A reader that could not be opened.
+Report OpenReport(const ReadRequest& request);
+
 // A card of another kind than --kind asks for.
 Report OtherKindReport(const std::string& wanted, CardKind kind);
 
