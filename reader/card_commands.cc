@@ -26,6 +26,7 @@ constexpr std::uint32_t kSdtConnection = 3;
 constexpr int kSearchSeconds = 3;  // for the answer to a search, and to the select behind it
 constexpr int kReadSeconds = 5;    // for the answer to a read
 constexpr int kPause = 200;        // one second: GeneralSleep divides by 200
+constexpr int kPauseMilliseconds = 1000;
 // A port that is gone fails at once, and a failed search is repeated without a pause: a pass takes
 // at least this long, in milliseconds.
 constexpr int kQuickFailure = 10;
@@ -158,6 +159,15 @@ class ReadTime {
   std::int64_t started_;
 };
 
+// The pause between commands. A signal ends a sleep early and would make a read hurry the reader;
+// a cancel that has come leaves nothing to wait for.
+void Pause() {
+  if (s_bCancel != 0) return;
+  const std::int64_t started = MonotonicMilliseconds();
+  GeneralSleep(kPause);
+  NapRestOfSlice(started, kPauseMilliseconds, kPauseMilliseconds);
+}
+
 // Whether a cancel was asked for; `*result`, the last result, then becomes -57.
 bool Cancelled(int* result) {
   const int cancel = s_bCancel;
@@ -201,7 +211,7 @@ bool ReadStepByStep(const ReadTime& time, int limit, int bFinger, unsigned char*
       *result = RET_PUB_TIMEOUT;
       return true;
     }
-    GeneralSleep(kPause);
+    Pause();
     if (Cancelled(result)) return true;
   }
   return false;
@@ -221,7 +231,7 @@ int ReadAtOnce(const ReadTime& time, unsigned char* pData, int* pLen) {
       LOG_CARD(" Search RET_PUB_TIMEOUT");
       return RET_PUB_TIMEOUT;
     }
-    GeneralSleep(kPause);
+    Pause();
     if (Cancelled(&result)) return result;
   } while (s_bReadOneInstr != 0);
   return result;
@@ -272,7 +282,7 @@ int SearchCard(int nTimeOut) {
       LOG_CARD("****** sEndTime - sStartTime = %d ", time.TicksUntil(end_tick));
       if (StartsWith(answer.Received(), kFound)) return RET_PUB_SUCCESS;
       if (time.IsOver()) break;
-      GeneralSleep(kPause);
+      Pause();
       LOG_CARD("search time1");
     } else {
       if (time.IsOver()) break;
@@ -308,7 +318,7 @@ int SelectIDCard() {
 
   const SelectReply& reply = FindSelectReply(answer.Received());
   LOG_CARD("***[%s] ", reply.logged);
-  if (reply.result == RET_PUB_SUCCESS) GeneralSleep(kPause);
+  if (reply.result == RET_PUB_SUCCESS) Pause();
   return reply.result;
 }
 
@@ -354,7 +364,7 @@ int CancelIdRead() {
   if (s_bCancel.exchange(1) != 0) {
     // Asked for already, perhaps between a command and the wait for its answer, where the line
     // forgets it: a wait that runs now ends.
-    COMM_Com_CancelLinuxRead();
+    COMM_Dev_CancelRead();
     return RET_PUB_SUCCESS;
   }
   g_CancleSdtFlag = 1;

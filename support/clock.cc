@@ -1,6 +1,7 @@
 #include "support/clock.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace {
 
@@ -28,9 +29,10 @@ void Nap(std::int64_t milliseconds) { NapMicroseconds(milliseconds * 1000); }
 
 void NapMicroseconds(std::int64_t microseconds) {
   if (microseconds <= 0) return;
-  const timespec length = {static_cast<time_t>(microseconds / 1'000'000),
-                           static_cast<long>(microseconds % 1'000'000 * 1000)};
-  nanosleep(&length, nullptr);
+  timespec left = {static_cast<time_t>(microseconds / 1'000'000),
+                   static_cast<long>(microseconds % 1'000'000 * 1000)};
+  while (nanosleep(&left, &left) != 0 && errno == EINTR && (left.tv_sec > 0 || left.tv_nsec > 0)) {
+  }
 }
 
 void NapRestOfSlice(std::int64_t started, std::int64_t least, std::int64_t slice) {

@@ -15,7 +15,7 @@ std::int64_t MonotonicSeconds();
 timespec WallClock();
 std::int64_t WallMilliseconds();
 
-// Sleeps `milliseconds`; a signal may cut it short. 0 and below return at once.
+// Sleep, signals or not. 0 and below return at once.
 void Nap(std::int64_t milliseconds);
 void NapMicroseconds(std::int64_t microseconds);
 

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -33,12 +34,15 @@ std::atomic<int> s_bCancelLinuxComRead;
 std::atomic<int> s_bLinuxComIsReading;  // 1 during a read
 std::atomic<int> s_bLinuxComIsWriting;  // 1 during a write
 
-constexpr int kSlice = 100;     // milliseconds: longest time between two looks at the cancel flag
-constexpr int kPass = 50;       // milliseconds: longest pass of a read on a live line
-constexpr int kRetry = 10;      // milliseconds: shortest wait of a write that found no room
-constexpr int kWriteLimit = 5;  // seconds that a line may take no byte before a write gives up
+constexpr int kSlice = 100;       // milliseconds: longest time between two looks at the cancel flag
+constexpr int kPass = 50;         // milliseconds: longest pass of a read on a live line
+constexpr int kRetry = 10;        // milliseconds: shortest wait of a write that found no room
+constexpr int kStuck = 5000;      // milliseconds that a line may take no byte
+constexpr int kSlowestByte = 40;  // milliseconds; a byte lasts 33 at 300 bit/s
 constexpr int kUnblockWait = 1000;  // milliseconds
-constexpr int kMostSignals = 1000;  // that a change of settings outlasts while output drains
+// Bounds of the waits should the clock not be readable.
+constexpr int kMostSignals = 1000;
+constexpr int kMostNaps = 20'000;  // of kRetry
 
 struct Rate {
   int baud;
@@ -81,9 +85,45 @@ termios RawSettings(const termios& old, int baud) {
   return raw;
 }
 
-// Drains output, discards input and sets. A signal that comes while the line drains must neither
-// fail an open nor leave a tty with the reader's settings.
+// The time that bytes on their way out are given: a line that is stuck, or takes one now and then,
+// must not hold a read for ever.
+class Patience {
+ public:
+  explicit Patience(int bytes)
+      : stuck_(MonotonicMilliseconds() + kStuck),
+        end_(stuck_ + std::int64_t{kSlowestByte} * bytes) {}
+  void SeeProgress() { stuck_ = MonotonicMilliseconds() + kStuck; }
+  bool IsOver() const { return MonotonicMilliseconds() > std::min(stuck_, end_); }
+
+ private:
+  std::int64_t stuck_;
+  std::int64_t end_;
+};
+
+// Bytes that have not left yet; 0 also when the driver does not tell.
+int Queued(int fd) {
+  int bytes = 0;
+  return ioctl(fd, TIOCOUTQ, &bytes) == 0 ? bytes : 0;
+}
+
+// Waits until the output has left. What is stuck, as on a line whose other end holds the flow
+// control, is discarded in the end: the kernel's own wait would have none.
+void Drain(int fd) {
+  int bytes = Queued(fd);
+  Patience patience(bytes);
+  for (int i = 0; bytes > 0 && i < kMostNaps && !patience.IsOver(); ++i) {
+    Nap(kRetry);
+    const int left = Queued(fd);
+    if (left < bytes) patience.SeeProgress();
+    bytes = left;
+  }
+  if (bytes > 0) tcflush(fd, TCOFLUSH);
+}
+
+// Drains output, discards input and sets. A signal that comes while the last byte leaves must
+// neither fail an open nor leave a tty with the reader's settings.
 bool DrainAndSet(int fd, const termios& settings) {
+  Drain(fd);
   for (int i = 0; i < kMostSignals; ++i) {
     if (tcsetattr(fd, TCSAFLUSH, &settings) == 0) return true;
     if (errno != EINTR) return false;
@@ -106,16 +146,17 @@ void RestoreSettings(int fd) {
   if (fd == s_nSettingsFd) DrainAndSet(fd, g_stOldTermAttr);
 }
 
-// Waits up to `milliseconds` for one of `events`. Returns poll's result.
+// Waits up to `milliseconds` for one of `events`, signals or not. Returns poll's result.
 int WaitFor(int fd, short events, int milliseconds) {
   const std::int64_t end = MonotonicMilliseconds() + milliseconds;
-  for (;;) {
+  for (int i = 0; i < kMostSignals; ++i) {
     pollfd line = {fd, events, 0};
     // Not more than asked for: a clock that cannot be read stands at zero.
     const auto left = std::clamp<std::int64_t>(end - MonotonicMilliseconds(), 0, milliseconds);
     const int ready = poll(&line, 1, static_cast<int>(left));
     if (ready >= 0 || errno != EINTR) return ready;
   }
+  return 0;
 }
 
 // While it lives, a write takes what the line has room for and returns. Reads need the blocking
@@ -136,13 +177,11 @@ class NonBlocking {
   int flags_;
 };
 
-// Waits until the line takes bytes again. False: a cancel came, or no byte left since
-// `last_progress` (monotonic seconds) for longer than kWriteLimit.
-bool WaitForRoom(int fd, std::int64_t last_progress) {
+// Waits until the line takes bytes again. False: a cancel came first, or the end of patience.
+bool WaitForRoom(int fd, const Patience& patience) {
   const std::int64_t start = MonotonicMilliseconds();
   int ready = 0;
-  while (ready == 0 && !s_bCancelLinuxComRead &&
-         MonotonicSeconds() - last_progress <= kWriteLimit) {
+  while (ready == 0 && !s_bCancelLinuxComRead && !patience.IsOver()) {
     ready = WaitFor(fd, POLLOUT, kSlice);
   }
   NapRestOfSlice(start, kRetry, kRetry);
@@ -152,28 +191,29 @@ bool WaitForRoom(int fd, std::int64_t last_progress) {
 // The writes of QL_SendDataToTransPort. Returns the bytes written.
 int WriteAll(int fd, const unsigned char* data, int len) {
   const NonBlocking guard(fd);
-  std::int64_t last_progress = MonotonicSeconds();
+  Patience patience(len);
   int sent = 0;
   bool took_nothing = false;
   while (sent < len) {
     const ssize_t put = write(fd, data + sent, static_cast<std::size_t>(len - sent));
     if (put < 0 && errno == EINTR) continue;
     if (put < 0 && errno == EAGAIN) {
-      if (!WaitForRoom(fd, last_progress)) break;
+      if (!WaitForRoom(fd, patience)) break;
       continue;
     }
     if (put < 0 || (put == 0 && took_nothing)) break;
     took_nothing = put == 0;
     sent += static_cast<int>(put);
-    if (sent < len) last_progress = MonotonicSeconds();
+    if (put > 0) patience.SeeProgress();
   }
   return sent;
 }
 
 // One pass of a read: what the line has, or what comes in its time. Returns read's result. VTIME
-// alone would hold a cancel up for the tenth of a second and the tick of the kernel above it.
+// alone would hold a cancel up for the tenth of a second and the tick of the kernel above it. For
+// no bytes there is nothing to wait for.
 ssize_t ReadPass(int fd, unsigned char* dest, std::size_t room) {
-  return WaitFor(fd, POLLIN, kPass) == 0 ? 0 : read(fd, dest, room);
+  return room > 0 && WaitFor(fd, POLLIN, kPass) == 0 ? 0 : read(fd, dest, room);
 }
 
 // The passes of COMM_Com_ReadLinux, up to its result.

@@ -34,6 +34,7 @@ int Poll(pollfd* waits, nfds_t count, int milliseconds);
 int Tcgetattr(int fd, termios* settings);
 int Tcsetattr(int fd, int action, const termios* settings);
 int Tcflush(int fd, int queue);
+int Ioctl(int fd, unsigned long request, ...);
 int TtynameR(int fd, char* name, std::size_t size);
 void* Malloc(std::size_t size);
 void* Calloc(std::size_t count, std::size_t size);

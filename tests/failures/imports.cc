@@ -37,6 +37,7 @@ const Import kImports[] = {
     {"tcgetattr", StandIn(Tcgetattr), kError,                    "EIO"},
     {"tcsetattr", StandIn(Tcsetattr), kErrorOrSignal,            "EIO"},
     {"tcflush",   StandIn(Tcflush),   kError,                    "EIO"},
+    {"ioctl",     StandIn(Ioctl),     kError,                    "EIO, as of a port that is gone"},
     {"ttyname_r", StandIn(TtynameR),  kError,                    "ENOTTY"},
     // Memory and loaded code
     {"malloc",    StandIn(Malloc),   kError,                     "ENOMEM; cJSON's own blocks, too"},

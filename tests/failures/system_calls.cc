@@ -1,7 +1,9 @@
 #include <dlfcn.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -29,6 +31,11 @@ void* Held(void* block) {
 
 double Seconds(const timespec& length) {
   return static_cast<double>(length.tv_sec) + static_cast<double>(length.tv_nsec) / 1e9;
+}
+
+timespec Length(double seconds) {
+  const auto whole = static_cast<time_t>(seconds);
+  return {whole, static_cast<long>((seconds - static_cast<double>(whole)) * 1e9)};
 }
 
 }  // namespace
@@ -71,6 +78,18 @@ int Tcflush(int fd, int queue) {
   if (const Way way = NextWay(row, false)) return Fail(way, EIO);
   if (DiscardsInput(queue)) TheWorld().arrived.clear();
   return tcflush(fd, queue);
+}
+
+// The library asks with one pointer.
+int Ioctl(int fd, unsigned long request, ...) {
+  va_list arguments;
+  va_start(arguments, request);
+  void* const value = va_arg(arguments, void*);
+  va_end(arguments);
+  if (!IsRunning()) return ioctl(fd, request, value);
+  static const Import& row = Row("ioctl");
+  if (const Way way = NextWay(row, false)) return Fail(way, EIO);
+  return ioctl(fd, request, value);
 }
 
 // Standard output is the terminal that the reader stands behind.
@@ -155,7 +174,11 @@ int Nanosleep(const timespec* length, timespec* left) {
   if (!IsRunning()) return nanosleep(length, left);
   static const Import& row = Row("nanosleep");
   const Way way = NextWay(row, false);
-  Pass(way == kNone ? Seconds(*length) : way == kInterrupted ? Seconds(*length) / 2 : 0);
+  const double slept = way == kNone          ? Seconds(*length)
+                       : way == kInterrupted ? Seconds(*length) / 2
+                                             : 0;
+  if (way == kInterrupted) *left = Length(Seconds(*length) - slept);
+  Pass(slept);
   return way == kNone ? 0 : Fail(way, EINVAL);
 }
 

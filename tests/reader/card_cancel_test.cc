@@ -36,6 +36,7 @@ TEST_F(CardCancel, EndsASearchWithinOnePass) {
   EXPECT_EQ(-57, SearchCard(60000));
 
   EXPECT_EQ(Lines{kSearchCommand}, reader.Commands());
+  EXPECT_EQ(0, stand_in_clock::SleepCalls()) << "no pause behind it";
 }
 
 TEST_F(CardCancel, EndsASearchThatWaitsForAnAnswer) {
@@ -55,8 +56,9 @@ TEST_F(CardCancel, EndsARead) {
 
   const auto taken = TimeOf([this] { EXPECT_EQ(-57, Get(60)); });
 
-  EXPECT_GE(taken, std::chrono::milliseconds(1900));  // the pauses behind select and read
+  EXPECT_GE(taken, std::chrono::milliseconds(900));   // the pause behind the select
   EXPECT_LT(taken, std::chrono::milliseconds(4800));  // below the five seconds of a read
+  EXPECT_EQ(1, stand_in_clock::SleepCalls()) << "no pause behind the read";
 }
 
 // Against a cancel that comes when no wait runs yet, and makes those behind it do nothing.
@@ -108,6 +110,17 @@ TEST_F(CardCancel, EndsOneCommandReads) {
   EXPECT_EQ(-57, Get(60));
 
   EXPECT_EQ(Lines{kOneCommand}, reader.Commands());
+  EXPECT_EQ(0, stand_in_clock::SleepCalls()) << "no pause behind it";
+}
+
+TEST_F(CardCancel, DuringTheSelectLeavesNoPauseBehindIt) {
+  reader.On(kSearchCommand, kFoundAnswer);
+  reader.On(kSelectCommand, kSelectedAnswer, Cancel);
+
+  EXPECT_EQ(-57, Get(60));
+
+  EXPECT_EQ((Lines{kSearchCommand, kSelectCommand}), reader.Commands());
+  EXPECT_EQ(0, stand_in_clock::SleepCalls());
 }
 
 // Search, select and the whole sequence clear the flag as they begin.
@@ -134,7 +147,7 @@ TEST_F(CardCancel, IsNotClearedBySelectIDCardOneTime) {
   EXPECT_TRUE(LogLines().empty());  // still set, so nothing is passed on to the link
 }
 
-TEST_F(CardCancel, DoesNothingMoreTheSecondTime) {
+TEST_F(CardCancel, LogsNothingMoreTheSecondTime) {
   NEEDS_PRIVATE_ROOT();
   SwitchLogging(true);
 

@@ -1,4 +1,7 @@
+#include <sys/time.h>
+
 #include <chrono>
+#include <csignal>
 
 #include "tests/reader/engine_fixture.h"
 
@@ -99,6 +102,25 @@ TEST_F(CardSearch, PausesOneSecondAfterEachOtherAnswer) {
   EXPECT_EQ(Lines(5, kSearchCommand), reader.Commands());
   EXPECT_EQ(4, stand_in_clock::SleepCalls());
   EXPECT_EQ(1U, stand_in_clock::LastSleep());
+}
+
+TEST_F(CardSearch, PausesAWholeSecondInAProcessWithATimer) {
+  stand_in_clock::UseSystemClock();
+  reader.On(kSearchCommand, kNoCardAnswer);
+  reader.On(kSearchCommand, kFoundAnswer);
+  std::signal(SIGALRM, [](int) {});
+  const itimerval often = {
+      {0, 10'000},
+      {0, 10'000}
+  };
+  setitimer(ITIMER_REAL, &often, nullptr);
+  const auto start = std::chrono::steady_clock::now();
+
+  EXPECT_EQ(0, SearchCard(60000));
+
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(950));
+  const itimerval never = {};
+  setitimer(ITIMER_REAL, &never, nullptr);
 }
 
 TEST_F(CardSearch, TimesOutWhileAnswersSayNoCard) {

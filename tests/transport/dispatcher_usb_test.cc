@@ -1,8 +1,12 @@
 // Dispatcher with a USB reader, on a libusb that does what the test says.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
+#include "quillonid/reader.h"
 #include "quillonid/results.h"
 #include "quillonid/transport.h"
 #include "tests/testing/hex_text.h"
@@ -69,6 +73,28 @@ TEST(DispatcherUsb, RoutesASession) {
   EXPECT_EQ(0, Now().contexts);
   EXPECT_EQ(RET_PUB_DEVICE_ERROR, Write("x"));
   EXPECT_EQ(RET_PUB_DEVICE_ERROR, COMM_Dev_ReadDataFromTransPort(reply, 512));
+}
+
+// A cancel is for the reader that is open, however often it is asked for.
+TEST(DispatcherUsb, KeepsCancelsFromASerialPortThatIsNotItsOwn) {
+  const Pty pty;
+  ASSERT_EQ(0, Open(UsbReader()));
+  ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 9600));
+  std::atomic<bool> done = false;
+  std::thread canceller([&done] {
+    while (!done) {
+      CancelIdRead();
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+  });
+  unsigned char reply[1] = {};
+
+  EXPECT_EQ(RET_PUB_TIMEOUT, COMM_Com_ReadLinux(reply, 1, 0, nullptr));
+
+  done = true;
+  canceller.join();
+  EXPECT_EQ(0, COMM_Com_CloseLinux());
+  EXPECT_EQ(0, COMM_Dev_CloseTransPort());
 }
 
 TEST(DispatcherUsb, TellsVendorFromProduct) {

@@ -152,6 +152,16 @@ TEST_F(SerialRead, ReturnsAtOnceWhenNothingIsWanted) {
   EXPECT_EQ(0, s_passes);
 }
 
+TEST_F(SerialRead, WaitsForNothingWhenNothingIsWanted) {
+  stand_in_clock::UseSystemClock();
+  unsigned char reply[1] = {};
+  const auto start = std::chrono::steady_clock::now();
+
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(0, COMM_Com_ReadLinux(reply, 0, 5, nullptr));
+
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+}
+
 TEST_F(SerialRead, RefusesANullBufferANegativeCountAndAClosedPort) {
   NEEDS_PRIVATE_ROOT();
   unsigned char reply[8] = {};

@@ -136,6 +136,53 @@ TEST(OpenLinux, SetsThemAgainAfterASignal) {
   EXPECT_EQ(tcflag_t{B115200 | CS8 | CREAD | CLOCAL}, pty.Settings().c_cflag & kLowHalf);
 }
 
+// The other end holds the flow control: the kernel would wait for ever.
+TEST(SerialClose, DiscardsWhatAStuckLineDoesNotTake) {
+  const Pty pty;
+  ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 9600));
+  system_calls::Watch(DescriptorsOn(pty.path()).at(0));
+  system_calls::ScriptQueue({10});
+  const double start = stand_in_clock::Seconds();
+
+  EXPECT_EQ(0, COMM_Com_CloseLinux());
+
+  EXPECT_LT(4.9, stand_in_clock::Seconds() - start);
+  EXPECT_GT(7, stand_in_clock::Seconds() - start);
+  const std::vector<std::string> expected = {"tcflush output", "tcsetattr flush", "close"};
+  EXPECT_EQ(expected, system_calls::Noted());
+}
+
+TEST(SerialClose, DiscardsWhatALineTakesNowAndThen) {
+  const Pty pty;
+  ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 9600));
+  std::deque<int> queue;
+  for (int left = 20; left > 0; --left) queue.insert(queue.end(), 490, left);
+  system_calls::Watch(DescriptorsOn(pty.path()).at(0));
+  system_calls::ScriptQueue(queue);
+  const double start = stand_in_clock::Seconds();
+
+  EXPECT_EQ(0, COMM_Com_CloseLinux());
+
+  EXPECT_GT(9, stand_in_clock::Seconds() - start);
+  EXPECT_EQ("tcflush output", system_calls::Noted().at(0));
+}
+
+TEST(SerialClose, LetsASlowLineSendWhatItHas) {
+  const Pty pty;
+  ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 9600));
+  std::deque<int> queue;
+  for (int left = 300; left >= 0; --left) queue.insert(queue.end(), 3, left);
+  system_calls::Watch(DescriptorsOn(pty.path()).at(0));
+  system_calls::ScriptQueue(queue);
+  const double start = stand_in_clock::Seconds();
+
+  EXPECT_EQ(0, COMM_Com_CloseLinux());
+
+  EXPECT_LT(8.9, stand_in_clock::Seconds() - start);
+  const std::vector<std::string> expected = {"tcsetattr flush", "close"};
+  EXPECT_EQ(expected, system_calls::Noted());
+}
+
 // A line that does not drain, in a process with a timer.
 TEST(OpenLinux, FailsWhenSignalsNeverEnd) {
   const Pty pty;

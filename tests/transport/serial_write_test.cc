@@ -231,6 +231,39 @@ TEST_F(SerialWrite, DoesNotSpinOnALineThatOnlySeemsToHaveRoom) {
   EXPECT_LT(4.9, stand_in_clock::SecondsSlept());
 }
 
+// Each byte in time to show progress: ten of them would take 49 seconds.
+TEST_F(SerialWrite, GivesUpOnALineThatTakesAByteNowAndThen) {
+  std::deque<system_calls::Answer> answers;
+  for (int byte = 0; byte < 10; ++byte) {
+    answers.insert(answers.end(), 490, {-1, EAGAIN});  // a hundredth of a second each
+    answers.push_back({1, 0});
+  }
+  system_calls::Watch(fd());
+  system_calls::ScriptWrites(answers);
+  const double start = stand_in_clock::Seconds();
+
+  EXPECT_EQ(1, Write("abcdefghij"));
+
+  EXPECT_LT(5, stand_in_clock::Seconds() - start);
+  EXPECT_GT(9, stand_in_clock::Seconds() - start);
+}
+
+// A byte lasts 33 ms at 300 bit/s, the slowest speed.
+TEST_F(SerialWrite, WaitsForALineThatIsSlow) {
+  std::deque<system_calls::Answer> answers;
+  for (int byte = 0; byte < 300; ++byte) {
+    answers.insert(answers.end(), 3, {-1, EAGAIN});
+    answers.push_back({1, 0});
+  }
+  system_calls::Watch(fd());
+  system_calls::ScriptWrites(answers);
+  const double start = stand_in_clock::Seconds();
+
+  EXPECT_EQ(300, Write(Pattern(300)));
+
+  EXPECT_LT(8.9, stand_in_clock::Seconds() - start);
+}
+
 TEST_F(SerialWrite, DoesNotKeepAPseudoTerminalFromClosing) {
   FillLine();
 

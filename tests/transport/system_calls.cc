@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@ int s_fd = -1;  // -1: nothing is watched
 std::vector<std::string> s_noted;
 std::deque<system_calls::Answer> s_reads;
 std::deque<system_calls::Answer> s_writes;
+std::deque<int> s_queue;
 int s_interrupted_settings;
 
 bool Watched(int fd) { return s_fd != -1 && (s_fd == system_calls::kAny || s_fd == fd); }
@@ -47,6 +49,7 @@ void Watch(int fd) {
 const std::vector<std::string>& Noted() { return s_noted; }
 void ScriptReads(std::deque<Answer> answers) { s_reads = std::move(answers); }
 void ScriptWrites(std::deque<Answer> answers) { s_writes = std::move(answers); }
+void ScriptQueue(std::deque<int> bytes) { s_queue = std::move(bytes); }
 void InterruptSettings(int count) { s_interrupted_settings = count; }
 
 }  // namespace system_calls
@@ -87,6 +90,18 @@ int tcsetattr(int fd, int action, const termios* settings) noexcept {
     return -1;
   }
   return real(fd, action, settings);
+}
+
+int ioctl(int fd, unsigned long request, ...) noexcept {
+  static const auto real = Real<int(int, unsigned long, void*)>("ioctl");
+  va_list arguments;
+  va_start(arguments, request);
+  void* const value = va_arg(arguments, void*);
+  va_end(arguments);
+  if (!Watched(fd) || request != TIOCOUTQ || s_queue.empty()) return real(fd, request, value);
+  *static_cast<int*>(value) = s_queue.front();
+  if (s_queue.size() > 1) s_queue.pop_front();
+  return 0;
 }
 
 int close(int fd) {

@@ -28,6 +28,9 @@ struct Answer {
 void ScriptReads(std::deque<Answer> answers);
 void ScriptWrites(std::deque<Answer> answers);
 
+// Bytes that the driver has not sent yet, call for call; the last number stays.
+void ScriptQueue(std::deque<int> bytes);
+
 // A signal interrupts the next `count` changes of the settings.
 void InterruptSettings(int count);
 
