@@ -71,7 +71,7 @@ QL_API int APP_ID_ReadCollectIDCardInfo(const char* szDevice, const char* szBpNo
 
 /** Asks the running read to stop: at once on a serial line (0.1 s; up to 1 s in a pause), at the
  *  end of the running command on USB. A cancel that falls between two commands may be missed; call
- *  again until the read returns. Returns 0. */
+ *  again until the read returns. From any thread, not from a signal handler: it logs. Returns 0. */
 QL_API int APP_ID_CancelRead(void);
 
 /** Copies the native data of the last successful read to `pBuf`. Returns its length (1,295, 1,297

@@ -78,7 +78,8 @@ QL_API int COMM_Com_ReadLinux(unsigned char* buffer, uint32_t wanted, int timeou
  *  another thread. Without one it has no effect. Returns 0, or -57 when the port's descriptor is
  *  0: such a port cannot be cancelled. */
 QL_API int COMM_Com_CancelLinuxRead(void);
-/** Waits until the output has left, restores the line settings and closes. Returns 0. */
+/** Waits until the output has left, restores the line settings and closes. Output that is stuck for
+ *  5 s, or leaves slower than at 300 bit/s, is discarded. Returns 0. */
 QL_API int COMM_Com_CloseLinux(void);
 /** Discards input that has arrived. */
 QL_API void ClearReceiveBuffer(void);
@@ -92,7 +93,8 @@ QL_API int ReadUnBlock(unsigned char* buffer, int len);
 /** WriteBlock() as soon as the line takes bytes; when it does not within 1 s, pending output is
  *  discarded and the result is 0. */
 QL_API int WriteUnBlock(const unsigned char* buffer, int len);
-/** Sends `len` bytes. A line that takes no byte for over 5 s, a failure and a cancel end it early.
+/** Sends `len` bytes. A line that takes no byte for over 5 s, or fewer in all than 300 bit/s would
+ *  carry, a failure and a cancel end it early.
  *  Returns the bytes written; -2 without a port, data or a length above 0. */
 QL_API int QL_SendDataToTransPort(const unsigned char* data, int len);
 /** Makes `fd` the open port, -2 none. A port that was open is forgotten, not closed; from now on
