@@ -2,6 +2,7 @@
 // wait: whatever came before, each call keeps its bounds and its buffers, and at the end nothing is
 // held.
 #include <cstring>
+#include <optional>
 
 #include "fuzz/allowed.h"
 #include "fuzz/check.h"
@@ -298,7 +299,8 @@ void Reset() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Input input(data, size);
-  ScriptedCard card(&input, input.Flag());
+  const std::uint8_t flags = input.Byte();
+  ScriptedCard card(&input, (flags & 0x01) != 0);
   scripted_tty::Plug(&input, &card);
   scripted_usb::Plug(&input, &card);
   // Limits below the exported reads are not checked: those that are kept begin short.
@@ -308,6 +310,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   virtual_clock::Start([&] {
     if (++waits == cancel_at) APP_ID_CancelRead();
   });
+  std::optional<session::Log> log(std::in_place, (flags & 0xC0) == 0xC0);
   for (int calls = 0; calls < kMostCalls && !input.Empty(); ++calls) {
     const std::int64_t time = virtual_clock::Microseconds() - scripted_tty::Stalled();
     const std::int64_t made = virtual_clock::Calls();
@@ -320,6 +323,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(scripted_tty::OpenDescriptors() <= 1);
   }
   Reset();
+  log.reset();
   virtual_clock::Stop();
   FUZZ_CHECK(scripted_tty::OpenDescriptors() == 0);
   FUZZ_CHECK(scripted_usb::Held() == 0);

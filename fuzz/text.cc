@@ -117,8 +117,10 @@ void FromGbk(std::string text, int max) {
 // GBK to UTF-8 is the two other conversions, one behind the other.
 void GbkToUtf8(const std::string& text, int room) {
   const Exact<char> source(text);
-  std::vector<std::uint16_t> units(256);
-  const int count = GbkToUcs2(units.data(), source.get(), 255);
+  constexpr int kMost = 255;
+  Guarded ucs2(std::size_t{2} * kMost);
+  auto* const units = reinterpret_cast<std::uint16_t*>(ucs2.bytes());
+  const int count = GbkToUcs2(units, source.get(), kMost);
   Guarded out(static_cast<std::size_t>(std::max(room, 0)) + 2 + 1);
 
   GBKToUTF8(source.get(), out.text(), room);
@@ -126,7 +128,7 @@ void GbkToUtf8(const std::string& text, int room) {
   std::string expected;
   for (int i = 0; i < count && room > 1; ++i) {
     if (expected.size() >= static_cast<std::size_t>(room) - 1) break;
-    card_text::PutUtf8(units[static_cast<std::size_t>(i)], &expected);
+    card_text::PutUtf8(units[i], &expected);
   }
   FUZZ_CHECK(out.FirstAsText(expected.size()) == expected);
   FUZZ_CHECK(out.text()[expected.size()] == '\0');
@@ -146,8 +148,10 @@ void CheckGbkOf(std::uint16_t unit, const std::string& bytes) {
     FUZZ_CHECK(!(pair && pair->size() == 2) && !IsPrivate(unit));
     return;
   }
-  std::uint16_t back[2] = {};
-  FUZZ_CHECK(GbkToUcs2(back, bytes.c_str(), 2) == 1 && back[0] == unit);
+  Guarded back(4);
+  auto* const units = reinterpret_cast<std::uint16_t*>(back.bytes());
+  FUZZ_CHECK(GbkToUcs2(units, bytes.c_str(), 2) == 1 && units[0] == unit);
+  FUZZ_CHECK(back.UntouchedFrom(2));
 }
 
 void ToGbk(const Bytes& bytes, int room) {

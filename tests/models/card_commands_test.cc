@@ -273,3 +273,115 @@ TEST(ModelOfReadIDCard, IsEqual) {
       },
       kCommands);
 }
+
+namespace {
+
+constexpr int kAnswerAfter = 3;  // milliseconds
+
+// A whole read whose answers all come soon, so that pauses take nearly all of the time.
+class ModelSequence {
+ public:
+  explicit ModelSequence(Random& random) : random_(random) {}
+
+  int Read(int limit, int finger, bool direct, bool at_once) {
+    if (limit < 1 || limit > 120) return -2;
+    while (!at_once) {
+      if (!direct) {
+        const int found = Search(limit);
+        if (found != 0) return found;
+        const int selected = ModelSelect(Send("AA AA AA 96 69 00 03 20 02 21", Status(), 128));
+        if (selected != 0) return selected;
+        ++pauses;
+      }
+      const char* const read =
+          finger != 0 ? "AA AA AA 96 69 00 03 30 10 23" : "AA AA AA 96 69 00 03 30 01 32";
+      const int result = ModelJudgement(Send(read, Reply(), 4086));
+      if (result == 0 || result == -2002) return result;
+      if (Milliseconds() > 1000 * limit) return -56;
+      ++pauses;
+    }
+    while (true) {
+      const int result = ModelJudgement(Send("AA AA AA 96 69 00 03 30 20 13", Reply(), 4086));
+      if (result == 0) return 0;
+      if (Milliseconds() > 1000 * limit) return -56;
+      ++pauses;
+    }
+  }
+
+  int pauses = 0;  // of a second each
+  std::string sent;
+  std::deque<Pieces> answers;
+  std::string kept;  // the last good reply
+
+ private:
+  int Milliseconds() const {
+    return 1000 * pauses + kAnswerAfter * static_cast<int>(answers.size());
+  }
+
+  int Search(int limit) {
+    const int start = Milliseconds();
+    while (true) {
+      if (LeadsTo(Send("AA AA AA 96 69 00 03 20 01 22", Status(), 128), kFound)) return 0;
+      if (Milliseconds() - start > 1000 * limit) return -56;
+      ++pauses;
+    }
+  }
+
+  Received Send(const char* command, const std::string& answer, std::size_t room) {
+    sent += Bytes(command);
+    answers.push_back({answer});
+    Received received = ModelExchange(answers.back(), room);
+    if (ModelJudgement(received) == 0) {
+      kept = received.bytes.substr(0, static_cast<std::size_t>(received.result));
+    }
+    return received;
+  }
+
+  // Whole, so that a command's answer leaves nothing for the next one.
+  std::string Status() {
+    const std::string& right = answers.size() % 2 == 0 ? kFound : kSelected;
+    const std::string any = AnyStatus(random_).front();
+    return random_.OneIn(2) || ModelExchange({any}, 128).result <= 0 ? right : any;
+  }
+  std::string Reply() {
+    std::string all;
+    for (const std::string& piece : AnyReadReply(random_)) all += piece;
+    const bool is_whole = all.size() <= kMostRead && ModelExchange({all}, 4086).result > 0;
+    return random_.OneIn(2) || !is_whole ? kReadFailed : all;
+  }
+
+  Random& random_;
+};
+
+}  // namespace
+
+TEST(ModelOfGetIDCardInfo, IsEqual) {
+  OpenLine();
+  ForEachInput(
+      [](Random& random) {
+        const int limit = random.OneIn(16) ? random.Between(-1, 122) : random.Between(1, 5);
+        const int finger = random.Between(0, 2);
+        const bool direct = random.OneIn(3);
+        const bool at_once = random.OneIn(3);
+        ModelSequence model(random);
+        const int expected = model.Read(limit, finger, direct, at_once);
+        line::Start(kPhase);
+        line::Now().answers = model.answers;
+        line::Now().answer_after = kAnswerAfter;
+        const int pauses = stand_in_clock::SleepCalls();
+        tFuncSearchIdDirect(direct ? 1 : 0);
+        tFuncReadOneInstr(at_once ? 1 : 0);
+        Outputs<4096> out(random);
+        int length = 77;
+
+        const int library = GetIDCardInfo(limit, finger, out.library(), &length);
+        tFuncReadOneInstr(0);
+        const std::string kept = expected == 0 ? model.kept : "";
+        std::memcpy(out.model(), kept.data(), kept.size());
+
+        return Equal(expected, library) && Equal(model.sent, line::Now().written) &&
+               Equal(model.pauses, stand_in_clock::SleepCalls() - pauses) &&
+               Equal(SizeOf(kept), length) && out.AreEqual();
+      },
+      kCommands);
+}

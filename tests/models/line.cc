@@ -137,7 +137,7 @@ ssize_t write(int fd, const void* data, size_t size) {
   if (now.notes_writes) Note("write " + HexText(data, static_cast<std::size_t>(taken)));
   if (!now.answers.empty()) {
     for (const std::string& piece : now.answers.front()) {
-      now.arrivals.push_back({line::Milliseconds(), piece});
+      now.arrivals.push_back({line::Milliseconds() + now.answer_after, piece});
     }
     now.answers.pop_front();
   }

@@ -24,8 +24,9 @@ struct State {
   bool opens = true;  // devices can be opened
 
   std::deque<Arrival> arrivals;  // in the order of their times
-  // What each write is answered with at once, in pieces; after the last one nothing more comes.
+  // What each write is answered with, in pieces; after the last one nothing more comes.
   std::deque<std::vector<std::string>> answers;
+  int answer_after = 0;         // milliseconds
   std::deque<int> writes;       // bytes taken by the next writes, below zero: failures; then all
   std::int64_t cancel_at = -1;  // when another thread cancels
 
