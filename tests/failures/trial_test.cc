@@ -59,12 +59,15 @@ StepResult LeavesHalfAnOutput() {
 
 StepResult GivesAnotherOutput() { return {kGood, FirstCallFails() ? "in" : "out"}; }
 
-void* s_block;  // not lost, or leaks would be reported
+void* s_kept;  // what a step keeps is not lost, or leaks would be reported
 
 StepResult KeepsABlock() {
-  s_block = Malloc(8);
-  if (FirstCallFails()) return Fail();
-  Free(s_block);
+  void* const block = Malloc(8);
+  if (FirstCallFails()) {
+    s_kept = block;
+    return Fail();
+  }
+  Free(block);
   return {kGood, ""};
 }
 
@@ -193,19 +196,21 @@ StepResult GivesUpAfterASignal() {
   return Poll(&line, 1, 0) < 0 ? Fail() : StepResult{kGood, ""};
 }
 
-libusb_device** s_list;  // not lost either
-
 StepResult UseUsb(bool keeps_all, bool keeps_claim) {
   UsbInit(nullptr);
-  UsbList(nullptr, &s_list);
+  libusb_device** list = nullptr;
+  UsbList(nullptr, &list);
   libusb_device_handle* handle = nullptr;
-  UsbOpen(s_list[0], &handle);
+  UsbOpen(list[0], &handle);
   UsbClaim(handle, 0);
   const bool failed = FirstCallFails();
-  if (failed && keeps_all) return Fail();
+  if (failed && keeps_all) {
+    s_kept = list;
+    return Fail();
+  }
   if (!failed || !keeps_claim) UsbRelease(handle, 0);
   libusb_close(handle);
-  libusb_free_device_list(s_list, 1);
+  libusb_free_device_list(list, 1);
   libusb_exit(nullptr);
   return failed ? Fail() : StepResult{kGood, ""};
 }
