@@ -124,7 +124,7 @@ TEST(Complaint, TextOrPhotoAreWrong) {
   EXPECT_TRUE(Contains(explained.out, bench.card.person.text.at("name"))) << explained.out;
   EXPECT_TRUE(Contains(explained.out, "preamble")) << explained.out;
   EXPECT_EQ(7, read.exit);
-  EXPECT_TRUE(Contains(read.err, "no file /libwlt.so")) << read.err;
+  EXPECT_TRUE(Contains(read.err, "Cause   there is no /libwlt.so\n")) << read.err;
 }
 
 TEST(Complaint, ItIsNotPackagedForMyMachine) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <regex>
 #include <set>
@@ -89,6 +90,45 @@ TEST(QlidReason, IsThatOfTheCodeWhereNothingMoreIsKnown) {
   EXPECT_EQ("card-kind", ReasonOf(bench.Read({"--kind", "resident"})));
   EXPECT_EQ("other", ReasonOf(module.Read()));
   EXPECT_EQ("argument", ReasonOf({"read", "--device", "COM1"}));
+}
+
+// The one cause of a photo that is missing, in words and for programs.
+TEST(QlidReason, NamesTheOneCauseOfAMissingPhoto) {
+  NEEDS_PRIVATE_ROOT();
+  const Bench bench;
+  Bench refused;
+  refused.reader.SetFault({FaultId::kPhotoRefused, 0});
+  const std::string photo = TemporaryFolder() + "/photo.bmp";
+  const std::string sound = ReadWholeFile(SPECIMEN_DECODER);
+  std::string other_machine = sound;
+  other_machine[18] = 21;  // e_machine: 64-bit PowerPC
+  other_machine[19] = 0;
+  std::string nameless = sound;
+  for (std::size_t at = nameless.find("unpack"); at != std::string::npos;
+       at = nameless.find("unpack", at))
+    nameless[at] = 'U';
+  struct Case {
+    const char* reason;
+    const char* cause;
+    std::string decoder;
+    const Bench* bench;
+  };
+  const Case cases[] = {
+      {"decoder-unreadable", "/libwlt.so is no shared library",          "not a program", &bench  },
+      {"decoder-machine",    "/libwlt.so is for ",                       other_machine,   &bench  },
+      {"decoder-function",   "/libwlt.so has no function \"unpack\"",    nameless,        &bench  },
+      {"decoder-refused",    "the decoder /libwlt.so refused the photo", sound,           &refused},
+      {"decoder-missing",    "there is no /libwlt.so",                   "",              &bench  },
+  };
+
+  for (const Case& each : cases) {
+    WriteWholeFile(kDecoderFile, each.decoder);
+    if (each.decoder.empty()) unlink(kDecoderFile);
+    const Output read = RunQlid(each.bench->Read({"--photo", photo}));
+    EXPECT_EQ(7, read.exit) << each.reason;
+    EXPECT_TRUE(Contains(read.err, std::string("  Cause   ") + each.cause)) << read.err;
+    EXPECT_EQ(each.reason, ReasonOf(each.bench->Read({"--photo", photo})));
+  }
 }
 
 // A node of root's needs several steps: each is an entry of `next`, and no label is empty.

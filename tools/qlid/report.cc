@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "quillonid/results.h"
+#include "tools/qlid/decoder_file.h"
 #include "tools/qlid/files.h"
 #include "tools/qlid/json_document.h"
 #include "tools/qlid/picture.h"
@@ -85,23 +86,37 @@ Report FileReport(const std::string& path, const std::string& problem) {
   };
 }
 
+// Why the photo was not decoded: what is seen of the decoder, else that it refused the photo.
+Report PhotoReport(int result) {
+  const ResultText& text = ResultOf(QL_PHOTO_DECODE_ERROR);
+  Report report = {result,
+                   kExitNoPhoto,
+                   Tr("the text was read, the photo was not decoded", "文字已读出，照片未解码"),
+                   {}};
+  std::string cause = Tr("the photo on the card has an unusable length", "卡中照片的长度不可用");
+  std::string next = Tr("try another card", "换一张卡片再试");
+  report.reason = "photo";
+  if (result == QL_PHOTO_DECODE_ERROR) {
+    const std::optional<DecoderFault> fault = FaultOf(LookAtDecoder());
+    report.reason = fault ? fault->reason : "decoder-refused";
+    cause = fault ? fault->text
+                  : Format(Tr("the decoder %s refused the photo, or lacks a library of its own",
+                              "解码器 %s 拒绝该照片，或缺少它自身所需的库"),
+                           kDecoderFile);
+    next = Tr(text.next_english, text.next_chinese);
+  }
+  report.rows.push_back({Tr("Cause", "原因"), cause});
+  AddNext({next}, &report);
+  return report;
+}
+
 // Decodes the photo for the file `path`, unless that is empty, and for `picture`, unless it is
 // null.
 std::optional<Report> TakePhoto(const Card& card, const std::string& path,
                                 std::optional<Picture>* picture) {
   std::vector<std::uint8_t> bmp;
   const int result = DecodePhoto(card.native, card.fingerprints_asked, kDecoder, &bmp);
-  if (result != QL_SUCCESS) {
-    const ResultText& text = ResultOf(result);
-    const Row causes = {Tr("Causes", "可能原因"), Tr(text.causes_english, text.causes_chinese)};
-    const Row next = {Tr("Next", "建议"), Tr(text.next_english, text.next_chinese)};
-    return Report{
-        result,
-        kExitNoPhoto,
-        Tr("the text was read, the photo was not decoded", "文字已读出，照片未解码"),
-        {causes, next}
-    };
-  }
+  if (result != QL_SUCCESS) return PhotoReport(result);
   Picture pixels;
   const bool drawn = ReadBmp(bmp, &pixels);
   if (drawn && (EndsIn(path, ".png") || EndsIn(path, ".PNG"))) bmp = EncodePng(pixels);
