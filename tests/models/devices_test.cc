@@ -136,8 +136,9 @@ bool AddsAsTheModel(Random& random, Model* model) {
     char product_text[8];
     char vendor_text[8];
     const int digits = random.OneIn(8) ? 3 : 4;
-    std::snprintf(product_text, sizeof product_text, "%0*X", digits, unsigned(product));
-    std::snprintf(vendor_text, sizeof vendor_text, "%0*X", digits, unsigned(vendor));
+    std::snprintf(product_text, sizeof product_text, "%0*X", digits,
+                  static_cast<unsigned>(product));
+    std::snprintf(vendor_text, sizeof vendor_text, "%0*X", digits, static_cast<unsigned>(vendor));
     is_taken = fits && std::strlen(product_text) == 4 && std::strlen(vendor_text) == 4;
     result = Linux_QL_ID_AddHID(index, product_text, vendor_text);
   }

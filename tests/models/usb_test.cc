@@ -53,7 +53,7 @@ int LastNonZero(const unsigned char* bytes, int count) {
 // With room for everything that comes; the caller sees the first `wanted` bytes.
 int ModelRead(std::deque<fake_libusb::Transfer> transfers, bool trims, unsigned char* buffer,
               int wanted, int limit, QL_END_CONDITION end_condition) {
-  std::vector<unsigned char> area(64 * 1024);
+  std::vector<unsigned char> area(std::size_t{64} * 1024);
   double seconds = kPhase / 1000.0;
   int total = 0;
   int result = 0;
