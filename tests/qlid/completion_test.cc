@@ -15,16 +15,17 @@ struct Typed {
   const char* word;  // that the last one becomes
 };
 constexpr Typed kTyped[] = {
-    {"qlid rea",                      "read"              },
-    {"qlid read --ki",                "--kind"            },
-    {"qlid read --kind perm",         "permit"            },
-    {"qlid --lang z",                 "zh"                },
-    {"qlid simulate --fault photo-r", "photo-refused"     },
-    {"qlid explain -13",              "-13"               },
-    {"qlid completion fi",            "fish"              },
-    {"qlid res",                      "reset-baud"        },
-    {"qlid reset-baud --ba",          "--baud"            },
-    {"qlid doctor --print",           "--print-udev-rules"},
+    {"qlid rea",                        "read"              },
+    {"qlid read --ki",                  "--kind"            },
+    {"qlid read --kind perm",           "permit"            },
+    {"qlid --lang z",                   "zh"                },
+    {"qlid simulate --fault photo-r",   "photo-refused"     },
+    {"qlid explain -13",                "-13"               },
+    {"qlid simulate --person permit-f", "permit-full"       },
+    {"qlid completion fi",              "fish"              },
+    {"qlid res",                        "reset-baud"        },
+    {"qlid reset-baud --ba",            "--baud"            },
+    {"qlid doctor --print",             "--print-udev-rules"},
 };
 
 bool HaveShell(const std::string& shell) {

@@ -112,7 +112,7 @@ TEST(QlidExec, EndsTheProgramOnAnInterrupt) {
   const Output output = read.Finish();
 
   EXPECT_EQ(0, output.exit);
-  EXPECT_TRUE(Contains(output.err, "stopped after 1 cards, 0 failures")) << output.err;
+  EXPECT_TRUE(Contains(output.err, "stopped after 1 card, 0 failures")) << output.err;
 }
 
 TEST(QlidExec, RunsOncePerCardWhileWatching) {

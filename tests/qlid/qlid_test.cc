@@ -401,7 +401,7 @@ TEST(Qlid, WarnsOnATerminalThatIsNotUtf8) {
   Program ascii(Qlid({"devices", "--known"}), {"LANG=C"}, true);
   Program utf8(Qlid({"devices", "--known"}), {"LANG=C.UTF-8"}, true);
 
-  EXPECT_TRUE(Contains(ascii.Finish().err, "export LANG=C.UTF-8"));
+  EXPECT_TRUE(Contains(ascii.Finish().err, "export LC_ALL=C.UTF-8"));
   EXPECT_EQ("", utf8.Finish().err);
   EXPECT_EQ("", RunQlid({"devices", "--known"}, {"LANG=C"}).err);
 }

@@ -85,7 +85,7 @@ TEST(QlidWatch, TellsACardOnceAlthoughAReadOfItFails) {
 
   const Output output = Stopped(&watch);
   EXPECT_EQ(1U, Count(output.out, "\"kind\":\"resident\"")) << output.out;
-  EXPECT_EQ("stopped after 1 cards, 0 failures\n", output.err.substr(output.err.find("stopped")))
+  EXPECT_EQ("stopped after 1 card, 0 failures\n", output.err.substr(output.err.find("stopped")))
       << output.err;
 }
 
@@ -131,7 +131,7 @@ TEST(QlidWatch, SaysThatACardCannotBeReadOnce) {
   EXPECT_EQ(1U, Count(output.err, "could not be read")) << output.err;
   EXPECT_FALSE(Contains(output.err, "taken away")) << output.err;
   EXPECT_EQ("unread", ReasonIn(output.out));
-  EXPECT_TRUE(Contains(output.err, "stopped after 0 cards, 1 failures")) << output.err;
+  EXPECT_TRUE(Contains(output.err, "stopped after 0 cards, 1 failure")) << output.err;
 }
 
 TEST(QlidWatch, TellsASteadyFailureOnceAndCountsIt) {
@@ -146,7 +146,7 @@ TEST(QlidWatch, TellsASteadyFailureOnceAndCountsIt) {
   const Output output = Stopped(&watch);
   EXPECT_EQ(1U, Count(output.err, "(-100)")) << output.err;
   EXPECT_EQ("other", ReasonIn(output.out));
-  EXPECT_TRUE(Contains(output.err, "stopped after 0 cards, 1 failures")) << output.err;
+  EXPECT_TRUE(Contains(output.err, "stopped after 0 cards, 1 failure")) << output.err;
 }
 
 TEST(QlidWatch, TellsAFailureAgainWhenTheCardIsPutThereAgain) {
@@ -174,7 +174,7 @@ TEST(QlidWatch, SaysThatACardIsOfAnotherKind) {
   EXPECT_EQ(1U, Count(output.err, "not the kind")) << output.err;
   EXPECT_EQ("card-kind", ReasonIn(output.out));
   EXPECT_FALSE(Contains(output.out, bench.card.person.text.at("name"))) << output.out;
-  EXPECT_TRUE(Contains(output.err, "stopped after 0 cards, 1 failures")) << output.err;
+  EXPECT_TRUE(Contains(output.err, "stopped after 0 cards, 1 failure")) << output.err;
 }
 
 TEST(QlidWatch, NamesAPortThatIsNotThereAndTakesItWhenItComes) {
@@ -263,7 +263,7 @@ TEST_P(FullOutput, EndsTheWatchAndSaysSo) {
   const Output watch = OntoAFullDisk("read --watch --device " + bench.reader.path() + GetParam());
 
   EXPECT_EQ(8, watch.exit) << watch.err;
-  EXPECT_TRUE(Contains(watch.err, "stopped after 1 cards, 1 failures")) << watch.err;
+  EXPECT_TRUE(Contains(watch.err, "stopped after 1 card, 1 failure")) << watch.err;
   EXPECT_TRUE(Contains(watch.err, "standard output could not be written")) << watch.err;
   EXPECT_TRUE(Contains(watch.err, "No space left")) << watch.err;
 }

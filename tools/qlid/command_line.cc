@@ -1,8 +1,11 @@
 #include "tools/qlid/command_line.h"
 
+#include <sys/stat.h>
+
 #include <CLI/CLI.hpp>
 
 #include "tools/qlid/devices.h"
+#include "tools/qlid/picture.h"
 #include "tools/qlid/terminal.h"
 #include "tools/qlid/versions.h"
 
@@ -69,17 +72,32 @@ void AddUsbIds(CLI::App* command, std::vector<std::string>* ids) {
       });
 }
 
+// A picture of another form would be one under a false name. Standard output, devices and pipes
+// have no name to go by.
+std::string PictureProblem(const std::string& path) {
+  struct stat status = {};
+  const bool taken_as_is =
+      path == "-" || (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode));
+  if (taken_as_is || IsPictureName(path)) return "";
+  return Format(Tr("%s is to be a picture: end its name in .bmp or .png",
+                   "%s 应为图片：文件名须以 .bmp 或 .png 结尾"),
+                path.c_str());
+}
+
 void AddOutput(CLI::App* command, OutputOptions* output) {
   command->add_flag("--json", output->json,
                     Tr("One JSON document on standard output, on success and on failure",
                        "无论成败，标准输出上只有一个 JSON 文档"));
-  command->add_flag("--redact", output->redact,
-                    Tr("Mask what identifies the holder", "遮盖可识别持证人的内容"));
+  command->add_flag(
+      "--redact", output->redact,
+      Tr("Mask what identifies the holder, except in the files of --photo and --native",
+         "遮盖可识别持证人的内容，--photo 和 --native 的文件除外"));
   command
       ->add_option(
           "--photo", output->photo,
           Tr("Write the photo to this file (.bmp or .png)", "把照片写入此文件（.bmp 或 .png）"))
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(PictureProblem);
   CLI::Option* picture =
       command->add_flag("--picture", output->picture,
                         Tr("Show the photo on the terminal, in colour", "在终端上以彩色显示照片"));
@@ -107,10 +125,13 @@ void AddDemo(CLI::App& app, CommandLine* line) {
   demo->add_option("--fault", line->demo.fault,
                    Tr("Let the reader misbehave and see what is reported; \"help\" lists the names",
                       "让读卡器出错，看看会报告什么；\"help\" 列出名称"));
-  demo->add_option("--photo", line->demo.photo,
-                   Tr("Write the photo to this BMP file", "把照片写入此 BMP 文件"))
+  demo->add_option(
+          "--photo", line->demo.photo,
+          Tr("Write the photo to this file (.bmp or .png)", "把照片写入此文件（.bmp 或 .png）"))
       ->type_name("FILE")
-      ->capture_default_str();
+      ->check(PictureProblem)
+      ->default_str(kDemoPhoto);
+  AddJson(demo, &line->demo.json);
 }
 
 void AddRead(CLI::App& app, CommandLine* line) {

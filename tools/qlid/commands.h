@@ -61,9 +61,12 @@ struct SimulateOptions {
 };
 int SimulateCommand(const SimulateOptions& options);
 
+inline constexpr char kDemoPhoto[] = "specimen.bmp";  // where none is named
+
 struct DemoOptions {
   std::string card = "resident";
-  std::string photo = "specimen.bmp";
+  bool json = false;
+  std::string photo;  // BMP or PNG file; empty: kDemoPhoto, where it can be written
   std::string fault;  // of the reader, by name
 };
 int DemoCommand(const DemoOptions& options);

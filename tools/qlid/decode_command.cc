@@ -18,10 +18,22 @@ namespace qlid {
 namespace {
 
 Report UnreadableReport(const std::string& file, const std::string& problem) {
-  return {QL_INVALID_ARGUMENT,
-          kExitUsage,
-          Format(Tr("%s cannot be read", "无法读取 %s"), file.c_str()),
-          {{Tr("Cause", "原因"), problem}}};
+  return {
+      QL_INVALID_ARGUMENT,
+      kExitUsage,
+      Format(Tr("%s cannot be read", "无法读取 %s"), file.c_str()),
+      {{Tr("Cause", "原因"), problem},
+                                                                  {Tr("Next", "建议"), Tr("name a file that was saved with qlid read --native",
+                               "请指定用 qlid read --native 保存的文件")}}
+  };
+}
+
+Report NoBytesReport(const std::string& named) {
+  return UsageReport(Format(Tr("\"%s\" is neither a file nor bytes in hexadecimal",
+                               "\"%s\" 既不是文件，也不是十六进制字节"),
+                            named.c_str()),
+                     Tr("two digits for each byte: qlid decode --packet \"AA AA AA 96 69 ...\"",
+                        "每个字节两位：qlid decode --packet \"AA AA AA 96 69 ...\""));
 }
 
 Report NoAnswerReport(const std::string& file, const std::string& problem) {
@@ -45,11 +57,15 @@ void Explain(Card card, const OutputOptions& output) {
   }
 }
 
+bool NamesFile(const std::string& named) {
+  return named == "-" || access(named.c_str(), F_OK) == 0;
+}
+
 // The bytes that are named: in hexadecimal on the command line, or by a file that holds them or
 // their hexadecimal text.
 bool PacketBytes(const std::string& named, std::vector<std::uint8_t>* bytes, std::string* problem) {
   constexpr std::size_t kMost = 1 << 18;
-  const bool file = named == "-" || access(named.c_str(), F_OK) == 0;
+  const bool file = NamesFile(named);
   if (!file && ParseHex(named, bytes)) return true;
   if (!ReadFile(named, kMost, bytes, problem)) return false;
   std::vector<std::uint8_t> meant;
@@ -91,8 +107,10 @@ int DecodePacket(const DecodeOptions& options) {
   if (PacketBytes(options.file, &bytes, &problem)) {
     view = ViewPacket(bytes);
     if (!view.fault.empty()) report = WrongFrameReport(view);
-  } else {
+  } else if (NamesFile(options.file)) {
     report = UnreadableReport(options.file, problem);
+  } else {
+    report = NoBytesReport(options.file);
   }
   for (ByteMeaning& row : view.rows) {
     if (options.output.redact && row.personal) row.value.clear();

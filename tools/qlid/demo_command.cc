@@ -22,38 +22,37 @@ namespace {
 
 constexpr int kFaultSeconds = 5;  // limit of a read that is to fail
 
-// Decodes the specimen's photo, shows it where the terminal has colour, and writes the file. `row`
-// says how it went; a result that is not 0 is a failure to report.
-int ShowPhoto(const Card& card, const std::string& path, Row* row) {
+// Decodes the specimen's photo, shows it where that is wanted and the terminal has colour, and
+// writes the file. `row` says how it went. A file that nobody asked for may fail to be written.
+std::optional<Report> ShowPhoto(const Card& card, const std::string& named, bool shown, Row* row) {
   row->label = Tr("Photo", "照片");
   const std::string decoder = SpecimenDecoder();
   if (decoder.empty()) {
     row->text = Tr("1024 bytes, not decoded: the specimen decoder is missing",
                    "1024 字节，未解码：缺少样本解码器");
-    return QL_SUCCESS;
+    return std::nullopt;
   }
   std::vector<std::uint8_t> bmp;
   Picture picture;
   const int decoded = DecodePhoto(card.native, card.fingerprints_asked, decoder, &bmp);
   if (decoded != QL_SUCCESS || !ReadBmp(bmp, &picture)) {
     row->text = Tr("1024 bytes, not decoded", "1024 字节，未解码");
-    return decoded != QL_SUCCESS ? decoded : QL_PHOTO_DECODE_ERROR;
+    Reading undecoded;
+    undecoded.result = decoded != QL_SUCCESS ? decoded : QL_PHOTO_DECODE_ERROR;
+    return ReadReport({}, undecoded);
   }
-  if (ColorWanted(STDOUT_FILENO)) ShowPicture(picture);
+  if (shown && ColorWanted(STDOUT_FILENO)) ShowPicture(picture);
+  const std::string path = named.empty() ? kDemoPhoto : named;
+  if (IsPngName(path)) bmp = EncodePng(picture);
   std::string problem;
-  if (!WriteFile(path, bmp, &problem)) {
-    row->text =
-        Format(Tr("%s was not written: %s", "%s 未写入：%s"), path.c_str(), problem.c_str());
-    return QL_SAVE_IMAGE_ERROR;
+  if (WriteFile(path, bmp, &problem)) {
+    row->text = Format("%s, %d x %d", path.c_str(), picture.width, picture.height);
+    return std::nullopt;
   }
-  row->text = Format("%s, %d x %d", path.c_str(), picture.width, picture.height);
-  return QL_SUCCESS;
-}
-
-int Fail(const ReadRequest& request, const Reading& reading) {
-  const Report report = ReadReport(request, reading);
-  PrintReport(report);
-  return report.exit;
+  row->text = Format(Tr("%d x %d, %s was not written: %s", "%d x %d，%s 未写入：%s"), picture.width,
+                     picture.height, path.c_str(), problem.c_str());
+  if (named.empty()) return std::nullopt;
+  return FileReport(path, problem);
 }
 
 void PrintNextSteps(long elapsed_ms) {
@@ -65,11 +64,48 @@ void PrintNextSteps(long elapsed_ms) {
                Tr("keep a simulated reader for your own program", "为您的程序提供模拟读卡器"));
 }
 
-int Demonstrate(const DemoOptions& options, const simulator::Card& specimen,
-                const std::optional<simulator::Fault>& fault) {
-  simulator::TtyReader reader;
-  reader.PutCard(specimen);
-  if (fault) reader.SetFault(*fault);
+// Prints the failure, as a document where one is wanted.
+int Fail(const Report& report, const DemoOptions& options) {
+  Outcome outcome;
+  outcome.report = &report;
+  OutputOptions output;
+  output.json = options.json;
+  PrintOutcome(outcome, output);
+  return report.exit;
+}
+
+// The card as one document. A photo file is written only where one is named.
+int PrintDocument(const ReadRequest& request, const Reading& reading, const DemoOptions& options) {
+  Row row;
+  std::optional<Report> report;
+  if (!options.photo.empty()) report = ShowPhoto(reading.card, options.photo, false, &row);
+  Outcome outcome;
+  outcome.card = &reading.card;
+  outcome.report = report ? &*report : nullptr;
+  outcome.device = request.device;
+  outcome.elapsed_ms = reading.elapsed_ms;
+  OutputOptions output;
+  output.json = true;
+  PrintOutcome(outcome, output);
+  return report ? report->exit : kExitDone;
+}
+
+int PrintCard(const Reading& reading, const DemoOptions& options) {
+  Row photo;
+  const std::optional<Report> report = ShowPhoto(reading.card, options.photo, true, &photo);
+  std::vector<Row> rows = CardRows(reading.card);
+  rows.push_back(photo);
+  PrintRows(rows);
+  FlushOutput();
+  if (report) {
+    PrintReport(*report);
+    return report->exit;
+  }
+  PrintNextSteps(reading.elapsed_ms);
+  return kExitDone;
+}
+
+void Introduce(const simulator::TtyReader& reader) {
   std::fprintf(stderr,
                Tr("Simulated reader on %s with a specimen card. Nothing here is a real person.\n",
                   "模拟读卡器位于 %s，放有样本卡。内容均非真实人物。\n"),
@@ -78,6 +114,14 @@ int Demonstrate(const DemoOptions& options, const simulator::Card& specimen,
                Tr("Reading it as an application would: APP_ID_ReadCollectIDCard(\"%s\", ...)\n",
                   "像应用程序一样读取：APP_ID_ReadCollectIDCard(\"%s\", ...)\n"),
                reader.path().c_str());
+}
+
+int Demonstrate(const DemoOptions& options, const simulator::Card& specimen,
+                const std::optional<simulator::Fault>& fault) {
+  simulator::TtyReader reader;
+  reader.PutCard(specimen);
+  if (fault) reader.SetFault(*fault);
+  if (!options.json) Introduce(reader);
   ReadRequest request;
   request.device = reader.path();
   if (fault) request.timeout = kFaultSeconds;
@@ -85,17 +129,8 @@ int Demonstrate(const DemoOptions& options, const simulator::Card& specimen,
   ReleaseSignals();
   if (reading.result == QL_SUCCESS && !KindWanted(options.card, reading.card.kind))
     reading.result = QL_CARD_TYPE_ERROR;
-  if (reading.result != QL_SUCCESS) return Fail(request, reading);
-  Row photo;
-  const int shown = ShowPhoto(reading.card, options.photo, &photo);
-  std::vector<Row> rows = CardRows(reading.card);
-  rows.push_back(photo);
-  PrintRows(rows);
-  FlushOutput();
-  reading.result = shown;
-  if (shown != QL_SUCCESS) return Fail(request, reading);
-  PrintNextSteps(reading.elapsed_ms);
-  return kExitDone;
+  if (reading.result != QL_SUCCESS) return Fail(ReadReport(request, reading), options);
+  return options.json ? PrintDocument(request, reading, options) : PrintCard(reading, options);
 }
 
 int PrintFaults() {
@@ -111,22 +146,19 @@ int DemoCommand(const DemoOptions& options) {
   simulator::Card specimen;
   std::string problem;
   if (!FindCard(options.card, false, &specimen, &problem)) {
-    PrintReport(UsageReport(problem, "qlid simulate --person help"));
-    return kExitUsage;
+    return Fail(UsageReport(problem, "qlid simulate --person help"), options);
   }
   std::optional<simulator::Fault> fault;
   if (!options.fault.empty()) {
     fault = FindFault(options.fault, &problem);
     if (!fault) {
-      PrintReport(UsageReport(problem, "qlid demo --fault help"));
-      return kExitUsage;
+      return Fail(UsageReport(problem, "qlid demo --fault help"), options);
     }
   }
   try {
     return Demonstrate(options, specimen, fault);
   } catch (const std::system_error& error) {
-    PrintReport(NoTerminalReport(error.code().value()));
-    return kExitUnexpected;
+    return Fail(NoTerminalReport(error.code().value()), options);
   }
 }
 

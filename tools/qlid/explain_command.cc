@@ -78,10 +78,9 @@ int RefuseCode(const std::string& code) {
   std::string known;
   for (const ResultText& row : Results()) known += std::to_string(row.code) + " ";
   Report report = UsageReport(
-      Format(Tr("\"%s\" is no published code", "\"%s\" 不是公布的结果码"), code.c_str()), "");
-  report.rows = {
-      {Tr("Codes", "结果码"), known}
-  };
+      Format(Tr("\"%s\" is no published code", "\"%s\" 不是公布的结果码"), code.c_str()),
+      Tr("see them all: qlid explain", "查看全部：qlid explain"));
+  report.rows.insert(report.rows.begin(), {Tr("Codes", "结果码"), known});
   PrintReport(report);
   return kExitUsage;
 }

@@ -1,11 +1,14 @@
 // qlid: takes the command line apart and runs the command.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 
+#include "simulator/card.h"
 #include "simulator/faults.h"
 #include "tools/qlid/command_line.h"
 #include "tools/qlid/commands.h"
@@ -32,6 +35,12 @@ std::vector<std::string> FaultNames() {
   return names;
 }
 
+std::vector<std::string> PersonNames() {
+  std::vector<std::string> names = {"help"};
+  for (const simulator::Specimen& person : simulator::Specimens()) names.push_back(person.id);
+  return names;
+}
+
 std::vector<std::string> PublishedCodes() {
   std::vector<std::string> codes;
   for (const ResultText& row : Results()) codes.push_back(std::to_string(row.code));
@@ -46,9 +55,10 @@ OptionWords WordsOf(const CLI::Option& option) {
   if (option.get_items_expected_max() == 0) return words;
   const std::string type = option.get_type_name();
   const std::string& name = option.get_single_name();
-  words.choices = name == "fault"  ? FaultNames()
-                  : name == "CODE" ? PublishedCodes()
-                                   : ChoicesIn(type);
+  words.choices = name == "fault"    ? FaultNames()
+                  : name == "person" ? PersonNames()
+                  : name == "CODE"   ? PublishedCodes()
+                                     : ChoicesIn(type);
   words.value = !words.choices.empty()                ? ValueKind::kChoices
                 : type == "FILE" || name == "FILE"    ? ValueKind::kFile
                 : name == "device" || name == "probe" ? ValueKind::kDevice
@@ -94,17 +104,40 @@ std::string NearestCommand(const CLI::App& app, const std::string& word) {
   return nearest;
 }
 
+Report MisuseReport(const std::string& what, const std::string& help) {
+  return UsageReport(what, Format(Tr("try \"%s\"", "请执行 \"%s\""), help.c_str()));
+}
+
+// Says so when the value that was refused stands in the environment, not on the command line.
+void NameVariable(const CLI::App& command, const CLI::ParseError& error, int argc, char** argv,
+                  Report* report) {
+  for (const CLI::Option* option : command.get_options()) {
+    const char* value = std::getenv(option->get_envname().c_str());
+    const std::string name = option->get_name();
+    if (!value || std::string(error.what()).find(name) == std::string::npos) continue;
+    const std::string shorter = option->get_snames().empty() ? name : "-" + option->get_snames()[0];
+    const bool given = std::any_of(argv + 1, argv + argc, [&](const std::string& word) {
+      return word.rfind(name, 0) == 0 || word.rfind(shorter, 0) == 0;
+    });
+    if (given) continue;
+    report->rows.insert(report->rows.begin(),
+                        {Tr("Cause", "原因"), Format(Tr("the environment variable %s is \"%s\"",
+                                                        "环境变量 %s 为 \"%s\""),
+                                                     option->get_envname().c_str(), value)});
+  }
+}
+
 int UnknownCommand(const CLI::App& app, const std::string& word) {
   const std::string nearest = NearestCommand(app, word);
   std::string what = Format(Tr("unknown command \"%s\"", "未知命令 \"%s\""), word.c_str());
   if (!nearest.empty())
     what += Format(Tr("; did you mean \"%s\"?", "；是否想输入 \"%s\"？"), nearest.c_str());
-  PrintReport(UsageReport(what, "qlid --help"));
+  PrintReport(MisuseReport(what, "qlid --help"));
   return kExitUsage;
 }
 
 int UnknownArgument(const std::string& word, const std::string& command) {
-  PrintReport(UsageReport(
+  PrintReport(MisuseReport(
       Format(Tr("%s takes no \"%s\"", "%s 不接受 \"%s\""), command.c_str(), word.c_str()),
       "qlid " + command + " --help"));
   return kExitUsage;
@@ -161,10 +194,11 @@ int Main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
-    std::string next = "qlid --help";
-    for (const CLI::App* command : app.get_subcommands())
-      next = "qlid " + command->get_name() + " --help";
-    PrintReport(UsageReport(UsageProblem(error), next));
+    const auto commands = app.get_subcommands();
+    const std::string command = commands.empty() ? "" : " " + commands.back()->get_name();
+    Report report = MisuseReport(UsageProblem(error), "qlid" + command + " --help");
+    if (!commands.empty()) NameVariable(*commands.back(), error, argc, argv, &report);
+    PrintReport(report);
     return kExitUsage;
   }
   return Run(app, line);

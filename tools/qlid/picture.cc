@@ -1,6 +1,7 @@
 #include "tools/qlid/picture.h"
 
 #include <png.h>
+#include <strings.h>
 
 #include <algorithm>
 #include <array>
@@ -119,6 +120,15 @@ int DecodePhoto(const std::vector<std::uint8_t>& native, bool fingerprints_asked
     return published;
   }
   return QL_SUCCESS;
+}
+
+bool IsPngName(const std::string& path) {
+  return path.size() > 4 && strcasecmp(path.c_str() + path.size() - 4, ".png") == 0;
+}
+
+bool IsPictureName(const std::string& path) {
+  return IsPngName(path) ||
+         (path.size() > 4 && strcasecmp(path.c_str() + path.size() - 4, ".bmp") == 0);
 }
 
 }  // namespace qlid

@@ -27,6 +27,10 @@ std::string HalfBlocks(const Picture& picture, int columns);
 int DecodePhoto(const std::vector<std::uint8_t>& native, bool fingerprints_asked,
                 const std::string& decoder, std::vector<std::uint8_t>* bmp);
 
+// Whether a file of this name is to be a PNG file, and whether it is to be a picture at all.
+bool IsPngName(const std::string& path);
+bool IsPictureName(const std::string& path);
+
 }  // namespace qlid
 
 #endif

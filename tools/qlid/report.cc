@@ -58,10 +58,6 @@ Outcome Shown(const Outcome& outcome, const OutputOptions& options, Card* masked
   return shown;
 }
 
-bool EndsIn(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 // A row without a label joined to the one before, as another line of it.
 std::vector<Row> JoinedRows(const std::vector<Row>& rows) {
   std::vector<Row> joined;
@@ -75,15 +71,13 @@ std::vector<Row> JoinedRows(const std::vector<Row>& rows) {
   return joined;
 }
 
-Report FileReport(const std::string& path, const std::string& problem) {
-  const Row cause = {Tr("Cause", "原因"), problem};
-  const Row next = {Tr("Next", "建议"), Tr("name another file", "换一个文件名")};
-  return {
-      QL_SAVE_IMAGE_ERROR,
-      kExitNoPhoto,
-      Format(Tr("the card was read, %s was not written", "卡片已读出，%s 未写入"), path.c_str()),
-      {cause, next}
-  };
+Report NativeReport(const std::string& path, const std::string& problem) {
+  Report report = FileReport(path, problem);
+  report.code = QL_OTHER_ERROR;
+  report.exit = kExitOther;
+  report.tell_code = false;  // No call of the library gave it.
+  report.reason = "native";
+  return report;
 }
 
 // Why the photo was not decoded: what is seen of the decoder, else that it refused the photo.
@@ -119,7 +113,7 @@ std::optional<Report> TakePhoto(const Card& card, const std::string& path,
   if (result != QL_SUCCESS) return PhotoReport(result);
   Picture pixels;
   const bool drawn = ReadBmp(bmp, &pixels);
-  if (drawn && (EndsIn(path, ".png") || EndsIn(path, ".PNG"))) bmp = EncodePng(pixels);
+  if (drawn && IsPngName(path)) bmp = EncodePng(pixels);
   if (drawn && picture) *picture = std::move(pixels);
   if (path.empty()) return std::nullopt;
   std::string problem;
@@ -151,6 +145,17 @@ std::optional<Report> TellUnwritten() {
   if (!told) PrintReport(report);
   told = true;
   return report;
+}
+
+Report FileReport(const std::string& path, const std::string& problem) {
+  const Row cause = {Tr("Cause", "原因"), problem};
+  const Row next = {Tr("Next", "建议"), Tr("name another file", "换一个文件名")};
+  return {
+      QL_SAVE_IMAGE_ERROR,
+      kExitNoPhoto,
+      Format(Tr("the card was read, %s was not written", "卡片已读出，%s 未写入"), path.c_str()),
+      {cause, next}
+  };
 }
 
 Report UsageReport(const std::string& what, const std::string& next) {
@@ -254,13 +259,16 @@ void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
 
 std::optional<Report> WriteFiles(const Card& card, const OutputOptions& options,
                                  std::optional<Picture>* picture) {
+  std::optional<Report> report;
   std::string problem;
-  if (!options.native.empty() && !WriteFile(options.native, card.native, &problem)) {
-    return FileReport(options.native, problem);
-  }
+  if (!options.native.empty() && !WriteFile(options.native, card.native, &problem))
+    report = NativeReport(options.native, problem);
   const bool shown = options.picture && PictureCanBeShown();
-  if (options.photo.empty() && !shown) return std::nullopt;
-  return TakePhoto(card, options.photo, shown ? picture : nullptr);
+  if (options.photo.empty() && !shown) return report;
+  std::optional<Report> no_photo = TakePhoto(card, options.photo, shown ? picture : nullptr);
+  if (!report) return no_photo;
+  if (no_photo) report->rows.push_back({Tr("Photo", "照片"), no_photo->what});
+  return report;
 }
 
 }  // namespace qlid

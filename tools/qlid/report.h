@@ -50,6 +50,9 @@ std::optional<Report> TellUnwritten();
 // A wrong use of the command line.
 Report UsageReport(const std::string& what, const std::string& next);
 
+// A card was read, and a picture file was not written.
+Report FileReport(const std::string& path, const std::string& problem);
+
 // No pseudo-terminal for the simulated reader, for the reason `error`, an errno value.
 Report NoTerminalReport(int error);
 

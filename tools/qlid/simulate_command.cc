@@ -7,6 +7,7 @@
 #include <span>
 #include <system_error>
 
+#include "quillonid/results.h"
 #include "simulator/recording.h"
 #include "tools/qlid/commands.h"
 #include "tools/qlid/files.h"
@@ -142,7 +143,17 @@ void WaitForTheEnd(TerminalKeys* keys, const std::function<bool(char)>& press) {
 
 bool LinkStands(const Link& link, const std::string& name) {
   if (!link.Wanted() || link.Made()) return true;
-  std::fprintf(stderr, "%s: %s\n", name.c_str(), SystemProblem(errno).c_str());
+  Report report = {
+      QL_OTHER_ERROR,
+      kExitUnexpected,
+      Format(Tr("the link %s was not made", "未能建立链接 %s"), name.c_str()),
+      {{Tr("Cause", "原因"), SystemProblem(errno)},
+                                                                               {Tr("Next", "建议"),
+        Tr("name one that does not exist yet, in a folder that you may write to",
+           "请指定尚不存在的名称，并位于可写的目录中")}}
+  };
+  report.tell_code = false;  // No call of the library gave it.
+  PrintReport(report);
   return false;
 }
 

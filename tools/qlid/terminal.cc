@@ -117,7 +117,7 @@ void WarnUnlessUtf8() {
   std::fprintf(
       stderr,
       Tr("qlid: the locale's encoding is %s, Chinese text may not be readable; try: export "
-         "LANG=C.UTF-8\n",
+         "LC_ALL=C.UTF-8\n",
          "qlid: 当前编码为 %s，中文可能无法显示；请执行：export LC_ALL=C.UTF-8，并加选项 --lang "
          "zh\n"),
       nl_langinfo(CODESET));

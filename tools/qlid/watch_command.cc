@@ -49,8 +49,9 @@ class Watch {
   const std::optional<Report>& End() const { return end_; }
 
   void TellTheSum() const {
-    Say(Format(Tr("stopped after %ld cards, %ld failures", "已停止：%ld 张卡，%ld 次失败"), cards_,
-               failures_));
+    Say(Format(Tr("stopped after %ld %s, %ld %s", "已停止：%ld %s，%ld %s"), cards_,
+               cards_ == 1 ? Tr("card", "张卡") : Tr("cards", "张卡"), failures_,
+               failures_ == 1 ? Tr("failure", "次失败") : Tr("failures", "次失败")));
   }
 
  private:
