@@ -1,16 +1,20 @@
-# Warnings for all code of the project; flags of the library alone; what instruments a whole build.
+# Warnings for all code of the project; flags of the library, and of it and the tool; what instruments a whole build.
 add_library(ql_warnings INTERFACE)
 target_compile_options(ql_warnings INTERFACE
   -Wall -Wextra -Wshadow -Wconversion -Wsign-conversion -Wformat=2 -Wcast-align -Wundef -Werror
   -Werror=format-security)
 
+# Of all that is installed, and of the simulated reader that the tool carries.
+set(QL_HARDENING_FLAGS -fstack-protector-strong -fstack-clash-protection)
+set(QL_HARDENING_LINK_FLAGS LINKER:-z,relro LINKER:-z,now)
+
 set(QL_LIBRARY_FLAGS
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
   $<$<COMPILE_LANGUAGE:CXX>:-fno-threadsafe-statics>
-  -fvisibility=hidden -fno-semantic-interposition -fstack-protector-strong -fstack-clash-protection)
+  -fvisibility=hidden -fno-semantic-interposition)
 
 # Internal calls stay inside: names such as test, Check and CopyFile also exist in applications.
-set(QL_LIBRARY_LINK_FLAGS LINKER:-Bsymbolic-functions LINKER:--as-needed LINKER:-z,relro LINKER:-z,now)
+set(QL_LIBRARY_LINK_FLAGS LINKER:-Bsymbolic-functions LINKER:--as-needed ${QL_HARDENING_LINK_FLAGS})
 
 set(QL_SANITIZE "" CACHE STRING "Sanitizers for everything built, such as address,undefined or thread")
 set(QL_CHAR "" CACHE STRING "What a plain char is, signed or unsigned; empty: what the machine has")
@@ -37,10 +41,11 @@ if(QL_SANITIZE)
 else()
   # Every build that is optimised: without that there is nothing to fortify.
   foreach(flag -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
-    list(APPEND QL_LIBRARY_FLAGS $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:${flag}>)
+    list(APPEND QL_HARDENING_FLAGS $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:${flag}>)
   endforeach()
   list(APPEND QL_LIBRARY_LINK_FLAGS LINKER:-z,defs)
 endif()
+list(APPEND QL_LIBRARY_FLAGS ${QL_HARDENING_FLAGS})
 
 if(QL_BUILD_FUZZERS)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)

@@ -8,8 +8,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
-#include <fstream>
 #include <iterator>
 #include <stdexcept>
 
@@ -99,52 +97,9 @@ void ForEachSlot(Found found) {
   ForEachSlot(map, DT_RELA, DT_RELASZ, found);
 }
 
-template <typename T>
-T At(const std::string& file, std::size_t offset) {
-  T value;
-  if (offset + sizeof value > file.size()) throw std::runtime_error("cut ELF file");
-  std::memcpy(&value, file.data() + offset, sizeof value);
-  return value;
-}
-
-std::string ReadLibrary() {
-  std::ifstream stream(Library().info.dli_fname, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 }  // namespace
 
-bool HasReadOnlySlots() {
-  const std::string file = ReadLibrary();
-  const auto header = At<ElfW(Ehdr)>(file, 0);
-  for (std::size_t i = 0; i < header.e_phnum; ++i) {
-    const auto segment = At<ElfW(Phdr)>(file, header.e_phoff + i * sizeof(ElfW(Phdr)));
-    if (segment.p_type == PT_GNU_RELRO) return true;
-  }
-  return false;
-}
-
-bool IsBoundWhenLoaded() { return (DynamicValue(*Library().map, DT_FLAGS) & DF_BIND_NOW) != 0; }
-
-std::vector<std::string> UndefinedSymbols() {
-  const std::string file = ReadLibrary();
-  const auto header = At<ElfW(Ehdr)>(file, 0);
-  const auto section = [&](std::size_t index) {
-    return At<ElfW(Shdr)>(file, header.e_shoff + index * sizeof(ElfW(Shdr)));
-  };
-
-  std::vector<std::string> undefined;
-  for (std::size_t i = 0; i < header.e_shnum; ++i) {
-    if (section(i).sh_type != SHT_DYNSYM) continue;
-    const std::size_t names = section(section(i).sh_link).sh_offset;
-    for (std::size_t at = 0; at < section(i).sh_size; at += sizeof(ElfW(Sym))) {
-      const auto symbol = At<ElfW(Sym)>(file, section(i).sh_offset + at);
-      if (symbol.st_shndx != SHN_UNDEF || symbol.st_name == 0) continue;
-      undefined.emplace_back(file.data() + names + symbol.st_name);
-    }
-  }
-  return undefined;
-}
+std::string LibraryPath() { return Library().info.dli_fname; }
 
 std::vector<Slot> ImportSlots() {
   std::vector<Slot> slots;

@@ -1,5 +1,4 @@
-// The loaded library as an ELF object: its undefined symbols, and the slots through which it calls
-// them.
+// The loaded library: its file, and the slots through which it calls others.
 #ifndef QUILLONID_TESTS_FAILURES_LIBRARY_FILE_H
 #define QUILLONID_TESTS_FAILURES_LIBRARY_FILE_H
 
@@ -8,12 +7,7 @@
 
 namespace failures {
 
-// Undefined dynamic symbols, from the file.
-std::vector<std::string> UndefinedSymbols();
-
-// Of the file: its slots are read-only once it is loaded, and all of them are filled by then.
-bool HasReadOnlySlots();
-bool IsBoundWhenLoaded();
+std::string LibraryPath();
 
 struct Slot {
   std::string symbol;
