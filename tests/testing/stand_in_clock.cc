@@ -87,8 +87,10 @@ double Seconds(const timespec& time) {
 
 const double s_started = Seconds(RealTime(CLOCK_MONOTONIC));
 
-double AheadOfRealTime() {
-  const double running = Seconds(RealTime(CLOCK_MONOTONIC)) - s_started;
+// `now`: the monotonic clock, read once, so that a clock of speed 0 stands still whatever comes
+// between two readings.
+double AheadOfRealTime(const timespec& now) {
+  const double running = Seconds(now) - s_started;
   return running * (s_speed - 1.0) + s_skipped;
 }
 
@@ -105,9 +107,10 @@ namespace stand_in_clock {
 void UseSystemClock() { s_system = true; }
 void SetSpeed(double factor) {
   // What ran so far stays as it was.
-  const double ahead = AheadOfRealTime();
+  const timespec now = RealTime(CLOCK_MONOTONIC);
+  const double ahead = AheadOfRealTime(now);
   s_speed = factor;
-  Add(s_skipped, ahead - AheadOfRealTime());
+  Add(s_skipped, ahead - AheadOfRealTime(now));
 }
 void Advance(double seconds) { Add(s_skipped, seconds); }
 void StepWallClock(double seconds) { Add(s_wall_step, seconds); }
@@ -117,7 +120,8 @@ void HoldWallClock(std::int64_t seconds, std::int64_t nanoseconds) {
   s_wall_held = true;
 }
 double Seconds() {
-  return ::Seconds(RealTime(CLOCK_MONOTONIC)) + (s_system ? 0.0 : AheadOfRealTime());
+  const timespec now = RealTime(CLOCK_MONOTONIC);
+  return ::Seconds(now) + (s_system ? 0.0 : AheadOfRealTime(now));
 }
 double SecondsSlept() { return s_slept; }
 bool IsSleeping() { return s_sleeping; }
@@ -132,7 +136,8 @@ int clock_gettime(clockid_t clock, timespec* time) noexcept {
   if (!FromLibrary(__builtin_return_address(0))) {
     return static_cast<int>(syscall(SYS_clock_gettime, clock, time));
   }
-  *time = Shifted(RealTime(clock), AheadOfRealTime());
+  const timespec now = RealTime(CLOCK_MONOTONIC);
+  *time = Shifted(clock == CLOCK_MONOTONIC ? now : RealTime(clock), AheadOfRealTime(now));
   if (clock == CLOCK_REALTIME) {
     *time = s_wall_held ? s_held : Shifted(*time, s_wall_step);
   }
