@@ -1,6 +1,7 @@
 // qlid as a person meets it: typed into a terminal, judged by what stands on the screen. The
 // terminal is tmux, which keeps the screen that the program's bytes make.
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -79,16 +80,42 @@ TEST(Terminal, ShowsTheSpecimenWithItsPhotoInColour) {
   EXPECT_TRUE(Contains(screen.Inked(), "38;2;")) << "no true colour";
 }
 
-TEST(Terminal, ShowsDevicesOrThatThereAreNone) {
+// Far from what any bus of the machine itself holds, so that its node is missing.
+TEST(Terminal, ShowsTheReadersThatAreConnected) {
   NEEDS_TMUX();
+  NEEDS_PRIVATE_ROOT();
+  ASSERT_EQ(0, mount("tmpfs", "/sys/bus", "tmpfs", 0, nullptr));
+  const std::string reader = "/sys/bus/usb/devices/9-1";
+  std::filesystem::create_directories(reader);
+  WriteWholeFile(reader + "/idVendor", "2b46\n");
+  WriteWholeFile(reader + "/idProduct", "be01\n");
+  WriteWholeFile(reader + "/busnum", "9\n");
+  WriteWholeFile(reader + "/devnum", "99\n");
   const Screen screen(Command("devices"));
 
-  ASSERT_TRUE(screen.WaitFor("exit=")) << screen.Text();
+  ASSERT_TRUE(screen.WaitFor("exit=0")) << screen.Text();
 
-  const std::string text = screen.Text();
-  EXPECT_TRUE(Contains(text, "exit=0") ? Contains(text, "USB") || Contains(text, "/dev/tty")
-                                       : Contains(text, "no reader found (-1)"))
-      << text;
+  EXPECT_TRUE(Contains(screen.Text(),
+                       "USB\n  2b46:be01  bus 9 device 99  /dev/bus/usb/009/099  its node is "
+                       "missing\n"))
+      << screen.Text();
+}
+
+TEST(Terminal, ShowsThatNothingIsConnected) {
+  NEEDS_TMUX();
+  NEEDS_PRIVATE_ROOT();
+  for (const char* folder : {"/sys/bus", "/sys/class"})
+    ASSERT_EQ(0, mount("tmpfs", folder, "tmpfs", 0, nullptr)) << folder;
+  const Screen screen(Command("devices"));
+
+  ASSERT_TRUE(screen.WaitFor("exit=3")) << screen.Text();
+
+  EXPECT_TRUE(Contains(screen.Text(),
+                       "qlid: no reader found (-1)\n"
+                       "  USB     none of the 6 known ids among 0 devices (list: qlid devices "
+                       "--known)\n"
+                       "  Serial  no port\n"))
+      << screen.Text();
 }
 
 TEST(Terminal, ShowsTheVerdictsOfDoctorInColour) {
