@@ -58,3 +58,32 @@ INSTANTIATE_TEST_SUITE_P(Each, Document,
                                          "docs/man/zh_CN/quillonid-errors.7.scd",
                                          "docs/man/quillonid-errors.7.scd"),
                          [](const auto& row) { return "At" + std::to_string(row.index); });
+
+// Whoever has the tool has the pages that its own refers to: the package of the tool brings that of
+// the library.
+TEST(QlidPackage, BringsThePagesThatItsOwnRefersTo) {
+  const std::string page = ReadWholeFile(MANUAL_PAGES "/qlid.1.scd");
+  const std::string see_also = page.substr(page.find("# SEE ALSO"));
+  const std::string installed = ReadWholeFile(DOCUMENTS "/debian/quillonid-tools.install") +
+                                ReadWholeFile(DOCUMENTS "/debian/libquillonid1.install");
+  const std::regex kPage("\\*([A-Za-z.-]+)\\*\\(([157])\\)");
+
+  int pages = 0;
+  for (std::sregex_iterator found(see_also.begin(), see_also.end(), kPage), end; found != end;
+       ++found, ++pages) {
+    const std::string section = (*found)[2];
+    EXPECT_TRUE(Contains(installed, "usr/share/man/man" + section + "\n")) << (*found)[1];
+    EXPECT_TRUE(Contains(installed, "usr/share/man/zh_CN/man" + section + "\n")) << (*found)[1];
+  }
+
+  EXPECT_EQ(3, pages);
+}
+
+TEST(QlidPackage, BringsTheDocumentsThatTheToolNames) {
+  const std::string documents = ReadWholeFile(DOCUMENTS "/debian/quillonid-tools.docs");
+
+  for (const char* name : {"README", "docs/privacy", "docs/troubleshooting"}) {
+    for (const char* language : {".md\n", ".zh_CN.md\n"})
+      EXPECT_TRUE(Contains(documents, name + std::string(language))) << name;
+  }
+}
