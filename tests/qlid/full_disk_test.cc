@@ -15,8 +15,9 @@ struct Ended {
 // Runs qlid with its standard output on a device that is always full.
 Ended RunOnFullDisk(const std::string& arguments) {
   int status = 0;
-  const std::string err = OutputOf(
-      std::string(QL_EMULATOR) + " " QLID_PROGRAM " " + arguments + " 2>&1 >/dev/full", &status);
+  const std::string err = OutputOf(std::string("LC_ALL=C.UTF-8 " QL_EMULATOR " " QLID_PROGRAM " ") +
+                                       arguments + " 2>&1 >/dev/full",
+                                   &status);
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, err};
 }
 

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 
 #include "tests/qlid/bench.h"
 #include "tests/testing/private_root.h"
@@ -55,6 +56,22 @@ bool WaitForDeviceCheck(const simulator::TtyReader& reader) {
           return request.kind == simulator::RequestKind::kDeviceCheck;
         }))
       return true;
+    usleep(10'000);
+  }
+  return false;
+}
+
+// Waits until the process no longer has the file open.
+bool WaitUntilClosed(pid_t pid, const std::string& path) {
+  const std::string descriptors = "/proc/" + std::to_string(pid) + "/fd";
+  for (int i = 0; i < 2000; ++i) {
+    bool open = false;
+    std::error_code gone;
+    for (const auto& entry : std::filesystem::directory_iterator(descriptors, gone)) {
+      std::error_code closed;
+      open = open || std::filesystem::read_symlink(entry.path(), closed) == path;
+    }
+    if (!open) return true;
     usleep(10'000);
   }
   return false;
@@ -139,7 +156,8 @@ TEST(QlidSignals, EndAReadWhoseOutputNobodyTakes) {
     ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
     Program program(Qlid(bench.Read({"--native", file})));
     ASSERT_TRUE(bench.reader.WaitForRequests(3, 20'000));
-    sleep(2);  // It has the answer, and waits for somebody who opens the pipe.
+    ASSERT_TRUE(WaitUntilClosed(program.pid(), bench.reader.path()));
+    sleep(1);  // It has the answer, and waits for somebody who opens the pipe.
 
     ExpectTheEnd(&program, signal, "read");
   }
