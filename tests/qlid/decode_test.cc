@@ -113,7 +113,7 @@ TEST(QlidDecode, SaysThatTheCheckByteIsWrong) {
 
   const Output explained = RunQlid({"decode", "--explain", SavedAnswer(answer)});
 
-  EXPECT_EQ(0, explained.exit) << explained.err;
+  EXPECT_EQ(5, explained.exit) << explained.err;
   EXPECT_TRUE(Contains(explained.out, "wrong: " + right + " would be right")) << explained.out;
 }
 

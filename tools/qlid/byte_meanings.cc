@@ -246,12 +246,12 @@ cJSON* ByteMeaningsArray(const std::vector<ByteMeaning>& meanings, bool redact) 
   return rows;
 }
 
-void PrintByteMeaningsJson(const Card& card, const std::vector<ByteMeaning>& meanings,
-                           bool redact) {
-  const Json document = NewDocument("qlid.explain/1");
+Json ByteMeaningsDocument(const Card& card, const std::vector<ByteMeaning>& meanings, bool redact) {
+  Json document = NewDocument("qlid.explain/1");
+  if (meanings.empty()) return document;
   cJSON_AddStringToObject(document.get(), "kind", KindName(card.kind));
   cJSON_AddItemToObject(document.get(), "bytes", ByteMeaningsArray(meanings, redact));
-  PrintJson(document);
+  return document;
 }
 
 }  // namespace qlid

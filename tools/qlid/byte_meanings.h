@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tools/qlid/card_view.h"
+#include "tools/qlid/json_document.h"
 
 namespace qlid {
 
@@ -38,8 +39,8 @@ void PrintByteMeanings(const std::vector<ByteMeaning>& meanings, bool redact);
 // The same as a JSON array.
 cJSON* ByteMeaningsArray(const std::vector<ByteMeaning>& meanings, bool redact);
 
-// The same as one JSON document on standard output.
-void PrintByteMeaningsJson(const Card& card, const std::vector<ByteMeaning>& meanings, bool redact);
+// The same in a JSON document, which says nothing more where there are none.
+Json ByteMeaningsDocument(const Card& card, const std::vector<ByteMeaning>& meanings, bool redact);
 
 }  // namespace qlid
 

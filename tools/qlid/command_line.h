@@ -17,6 +17,7 @@ class ParseError;
 namespace qlid {
 
 struct CommandLine {
+  bool wants_json = false;  // --json stands somewhere on it
   ReadOptions read;
   DevicesOptions devices;
   DecodeOptions decode;

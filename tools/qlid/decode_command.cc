@@ -47,14 +47,41 @@ Report NoAnswerReport(const std::string& file, const std::string& problem) {
   return report;
 }
 
-void Explain(Card card, const OutputOptions& output) {
-  if (output.redact) Redact(&card);
+// An answer whose last byte does not fit the others; none for a sound one.
+std::optional<Report> DamageReport(const Card& card, const std::string& file) {
   const std::vector<ByteMeaning> meanings = ByteMeanings(card);
+  if (meanings.empty() || !meanings.back().impossible) return std::nullopt;
+  const ByteMeaning& last = meanings.back();
+  const Row where = {Tr("Where", "位置"), Format(Tr("byte %zu: %s", "第 %zu 字节：%s"), last.offset,
+                                                 last.meaning.c_str())};
+  const Row next = {Tr("Next", "建议"),
+                    Tr("look at every byte: ", "逐字节查看：") + ("qlid decode --explain " + file)};
+  Report report = {
+      QL_CHECK_ERROR,
+      kExitProtocol,
+      Tr("the answer does not fit its check byte: it may be damaged",
+         "应答与其校验字节不符：可能已损坏"),
+      {where, next}
+  };
+  report.tell_code = false;  // No call of the library gave it.
+  return report;
+}
+
+void Explain(Card card, const OutputOptions& output, const Report* report) {
+  if (output.redact) Redact(&card);
+  // An answer of a size that occurs is explained even when it cannot be decoded.
+  std::vector<ByteMeaning> meanings;
+  if (IsAnswerSize(card.native.size())) meanings = ByteMeanings(card);
   if (output.json) {
-    PrintByteMeaningsJson(card, meanings, output.redact);
-  } else {
-    PrintByteMeanings(meanings, output.redact);
+    const Json document = ByteMeaningsDocument(card, meanings, output.redact);
+    cJSON_AddBoolToObject(document.get(), "ok", report == nullptr);
+    if (report) cJSON_AddItemToObject(document.get(), "error", ReportObject(*report));
+    PrintJson(document);
+    return;
   }
+  if (!meanings.empty()) PrintByteMeanings(meanings, output.redact);
+  FlushOutput();
+  if (report) PrintReport(*report);
 }
 
 bool NamesFile(const std::string& named) {
@@ -136,21 +163,21 @@ int DecodeCommand(const DecodeOptions& options) {
   Card card;
   Outcome outcome;
   std::optional<Report> report;
-  if (!ReadFile(options.file, QL_NATIVE_DATA_SIZE, &bytes, &problem)) {
+  if (auto wrong = CheckOutput(options.output, "", options.explain)) {
+    report = std::move(wrong);
+  } else if (!ReadFile(options.file, QL_NATIVE_DATA_SIZE, &bytes, &problem)) {
     report = UnreadableReport(options.file, problem);
   } else if (!DecodeCard(bytes, &card, &problem)) {
     report = NoAnswerReport(options.file, problem);
   } else {
     outcome.card = &card;
     report = WriteFiles(card, options.output, &outcome.picture);
+    if (!report) report = DamageReport(card, options.file);
   }
   if (report) outcome.report = &*report;
 
-  // An answer of a size that occurs is explained even when it cannot be decoded.
-  if (options.explain && IsAnswerSize(card.native.size())) {
-    Explain(card, options.output);
-    FlushOutput();
-    if (report) PrintReport(*report);
+  if (options.explain) {
+    Explain(card, options.output, outcome.report);
   } else {
     PrintOutcome(outcome, options.output);
   }

@@ -30,6 +30,7 @@ std::optional<Report> HandOver(const Outcome& outcome, const ReadOptions& option
 
 std::optional<Report> Deliver(Outcome outcome, const ReadOptions& options) {
   std::optional<Report> report = WriteFiles(*outcome.card, options.output, &outcome.picture);
+  if (!report && outcome.report) report = *outcome.report;
   if (report) outcome.report = &*report;
   if (!options.exec.empty()) {
     std::optional<Report> failure = HandOver(outcome, options);
@@ -44,6 +45,10 @@ std::optional<Report> Deliver(Outcome outcome, const ReadOptions& options) {
   Print(outcome, options);
   std::optional<Report> unwritten = TellUnwritten();
   return unwritten ? unwritten : report;
+}
+
+std::optional<Report> CheckReadOutput(const ReadOptions& options) {
+  return CheckOutput(options.output, options.record, options.watch || !options.exec.empty());
 }
 
 int PrintFailure(const Outcome& outcome, const ReadOptions& options) {

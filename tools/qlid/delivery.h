@@ -10,8 +10,12 @@
 
 namespace qlid {
 
-// Delivers `outcome`, whose card was read with `options`. An empty result is success.
+// Delivers `outcome`, whose card was read with `options`, with its report where it has one already.
+// An empty result is success.
 std::optional<Report> Deliver(Outcome outcome, const ReadOptions& options);
+
+// Refuses to put two things on standard output.
+std::optional<Report> CheckReadOutput(const ReadOptions& options);
 
 // Prints an outcome without a card. Returns the exit status.
 int PrintFailure(const Outcome& outcome, const ReadOptions& options);

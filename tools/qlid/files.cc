@@ -106,6 +106,20 @@ int TemporaryFile::Release() {
   return fd;
 }
 
+bool CanBeWritten(const std::string& path, std::string* problem) {
+  struct stat status = {};
+  if (path == "-") return true;
+  if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    if (!S_ISDIR(status.st_mode) && access(path.c_str(), W_OK) == 0) return true;
+    *problem = SystemProblem(S_ISDIR(status.st_mode) ? EISDIR : errno);
+    return false;
+  }
+  const SignalsPutOff until_removed;
+  const TemporaryFile file(path);
+  if (file.path().empty()) *problem = Reason();
+  return !file.path().empty();
+}
+
 bool WriteFile(const std::string& path, const std::vector<std::uint8_t>& bytes,
                std::string* problem) {
   if (path == "-") {

@@ -20,6 +20,9 @@ bool ReadFile(const std::string& path, std::size_t limit, std::vector<std::uint8
 bool WriteFile(const std::string& path, const std::vector<std::uint8_t>& bytes,
                std::string* problem);
 
+// Whether WriteFile is likely to succeed; else false, with the reason in `problem`.
+bool CanBeWritten(const std::string& path, std::string* problem);
+
 // An empty file of a name of its own, mode 0600, removed with the object.
 class TemporaryFile {
  public:

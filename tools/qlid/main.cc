@@ -127,20 +127,36 @@ void NameVariable(const CLI::App& command, const CLI::ParseError& error, int arg
   }
 }
 
-int UnknownCommand(const CLI::App& app, const std::string& word) {
+// Says what is wrong with the command line, as a document where one was asked for.
+int Refuse(const Report& report, const std::string& command, const CommandLine& line) {
+  if (line.wants_json) {
+    PrintRefusal(report, command);
+  } else {
+    PrintReport(report);
+  }
+  return kExitUsage;
+}
+
+int UnknownCommand(const CLI::App& app, const CommandLine& line, const std::string& word) {
   const std::string nearest = NearestCommand(app, word);
   std::string what = Format(Tr("unknown command \"%s\"", "未知命令 \"%s\""), word.c_str());
   if (!nearest.empty())
     what += Format(Tr("; did you mean \"%s\"?", "；是否想输入 \"%s\"？"), nearest.c_str());
-  PrintReport(MisuseReport(what, "qlid --help"));
-  return kExitUsage;
+  return Refuse(MisuseReport(what, "qlid --help"), "", line);
 }
 
-int UnknownArgument(const std::string& word, const std::string& command) {
-  PrintReport(MisuseReport(
-      Format(Tr("%s takes no \"%s\"", "%s 不接受 \"%s\""), command.c_str(), word.c_str()),
-      "qlid " + command + " --help"));
-  return kExitUsage;
+int UnknownArgument(const std::string& word, const std::string& command, const CommandLine& line) {
+  const std::string what =
+      Format(Tr("%s takes no \"%s\"", "%s 不接受 \"%s\""), command.c_str(), word.c_str());
+  return Refuse(MisuseReport(what, "qlid " + command + " --help"), command, line);
+}
+
+// Whether --json stands on the command line, which may be too wrong to be taken apart.
+bool WantsJson(int argc, char** argv) {
+  for (int i = 1; i < argc && std::strcmp(argv[i], "--") != 0; ++i) {
+    if (std::strcmp(argv[i], "--json") == 0) return true;
+  }
+  return false;
 }
 
 // The language is known before the command line is taken apart, since help and complaints are made
@@ -161,7 +177,8 @@ int Run(const CLI::App& app, const CommandLine& line) {
   WarnUnlessUtf8();
   const bool extras = !app.remaining().empty();
   if (extras && !app.get_subcommands().empty()) {
-    return UnknownArgument(app.remaining().front(), app.get_subcommands().front()->get_name());
+    return UnknownArgument(app.remaining().front(), app.get_subcommands().front()->get_name(),
+                           line);
   }
   if (app.got_subcommand("demo")) return DemoCommand(line.demo);
   if (app.got_subcommand("devices")) return DevicesCommand(line.devices);
@@ -174,7 +191,7 @@ int Run(const CLI::App& app, const CommandLine& line) {
   if (app.got_subcommand("reset-baud")) return ResetBaudCommand(line.reset_baud);
   if (app.got_subcommand("log")) return LogCommand(line.log);
   if (app.got_subcommand("completion")) return CompletionCommand(app, line.shell);
-  if (extras) return UnknownCommand(app, app.remaining().front());
+  if (extras) return UnknownCommand(app, line, app.remaining().front());
   std::printf("%s", app.help().c_str());
   return kExitDone;
 }
@@ -182,6 +199,7 @@ int Run(const CLI::App& app, const CommandLine& line) {
 int Main(int argc, char** argv) {
   ChooseLanguage(argc, argv);
   CommandLine line;
+  line.wants_json = WantsJson(argc, argv);
   CLI::App app(Tr("Read Chinese identity documents through a desktop reader.",
                   "通过台式读卡器读取中国身份证件。"),
                "qlid");
@@ -195,11 +213,11 @@ int Main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
     const auto commands = app.get_subcommands();
-    const std::string command = commands.empty() ? "" : " " + commands.back()->get_name();
-    Report report = MisuseReport(UsageProblem(error), "qlid" + command + " --help");
+    const std::string command = commands.empty() ? "" : commands.back()->get_name();
+    Report report = MisuseReport(UsageProblem(error),
+                                 command.empty() ? "qlid --help" : "qlid " + command + " --help");
     if (!commands.empty()) NameVariable(*commands.back(), error, argc, argv, &report);
-    PrintReport(report);
-    return kExitUsage;
+    return Refuse(report, command, line);
   }
   return Run(app, line);
 }

@@ -26,6 +26,7 @@ int Tell(const Reading& reading, Outcome outcome, const ReadOptions& options) {
     report = Deliver(outcome, options);
     return report ? report->exit : kExitDone;
   }
+  if (outcome.report && !options.output.json) PrintReport(*outcome.report);
   outcome.report = &*report;
   return PrintFailure(outcome, options);
 }
@@ -38,6 +39,8 @@ int ReadCommand(const ReadOptions& options) {
   outcome.device = options.request.device;
   auto wrong = CheckRequest(options.request);
   if (!wrong) wrong = CheckTap(options);
+  if (!wrong) wrong = CheckReadOutput(options);
+  if (!wrong) wrong = CheckRecording(options);
   if (wrong) {
     outcome.report = &*wrong;
     return PrintFailure(outcome, options);
@@ -51,12 +54,12 @@ int ReadCommand(const ReadOptions& options) {
   const Reading& reading = tapped.reading;
   outcome.elapsed_ms = reading.elapsed_ms;
   if (options.timing && tapped.timing) outcome.timing = &*tapped.timing;
+  std::optional<Report> unrecorded;
+  if (!options.record.empty()) unrecorded = WriteRecording(tapped, options);
+  if (unrecorded) outcome.report = &*unrecorded;
   const int status = Tell(reading, outcome, options);
   if (outcome.timing && !options.output.json) PrintTiming(*outcome.timing);
-  if (options.record.empty()) return status;
-  const std::optional<Report> problem = WriteRecording(tapped, options);
-  if (problem) PrintReport(*problem);
-  return problem && status == kExitDone ? problem->exit : status;
+  return status;
 }
 
 }  // namespace qlid

@@ -16,6 +16,7 @@
 namespace qlid {
 namespace {
 
+constexpr char kStandardOutput[] = "-";   // as a file
 constexpr char kDecoder[] = "libwlt.so";  // at the root, where the library looks for it
 
 int s_output_error = 0;  // errno of the first flush of standard output that failed
@@ -183,6 +184,14 @@ void PrintReport(const Report& report) {
   }
 }
 
+void PrintRefusal(const Report& report, const std::string& command) {
+  const bool card = command == "read" || command == "decode";
+  const Json document = NewDocument(card ? "qlid.read/1" : "qlid.usage/1");
+  cJSON_AddBoolToObject(document.get(), "ok", 0);
+  cJSON_AddItemToObject(document.get(), "error", ReportObject(report));
+  PrintJson(document);
+}
+
 void AddHolders(const std::vector<Holder>& holders, Report* report) {
   if (holders.empty()) return;
   report->rows.push_back({Tr("Held by", "占用者"), HolderText(holders)});
@@ -246,7 +255,7 @@ void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
   const Outcome shown = Shown(outcome, options, &masked);
   if (options.json) {
     PrintJson(Envelope(shown, false));
-  } else if (shown.card) {
+  } else if (shown.card && options.photo != kStandardOutput && options.native != kStandardOutput) {
     if (outcome.picture) ShowPicture(*outcome.picture);
     std::vector<Row> rows = CardRows(*shown.card);
     if (!options.photo.empty() && !outcome.report)
@@ -255,6 +264,18 @@ void PrintOutcome(const Outcome& outcome, const OutputOptions& options) {
   }
   FlushOutput();
   if (outcome.report && !options.json) PrintReport(*outcome.report);
+}
+
+std::optional<Report> CheckOutput(const OutputOptions& options, const std::string& record,
+                                  bool more) {
+  int things = options.json || options.picture || more ? 1 : 0;
+  for (const std::string& file : {options.photo, options.native, record}) {
+    if (file == kStandardOutput) ++things;
+  }
+  if (things < 2) return std::nullopt;
+  return UsageReport(Tr("standard output takes one thing alone, and \"-\" is one",
+                        "标准输出只能输出一种内容，\"-\" 即为一种"),
+                     Tr("name files in place of \"-\"", "用文件名代替 \"-\""));
 }
 
 std::optional<Report> WriteFiles(const Card& card, const OutputOptions& options,

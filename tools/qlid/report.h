@@ -58,6 +58,9 @@ Report NoTerminalReport(int error);
 
 void PrintReport(const Report& report);
 
+// The same as a JSON document on standard output, for a command that did not begin.
+void PrintRefusal(const Report& report, const std::string& command);
+
 // The same as a JSON object.
 cJSON* ReportObject(const Report& report);
 
@@ -85,6 +88,11 @@ std::string OutcomeJson(const Outcome& outcome, const OutputOptions& options, bo
 
 // That line on standard output.
 void PrintJsonLine(const Outcome& outcome, const OutputOptions& options);
+
+// Refuses to put two things on standard output. "-" as a file is one; `more` says that there are
+// others.
+std::optional<Report> CheckOutput(const OutputOptions& options, const std::string& record = "",
+                                  bool more = false);
 
 // Writes the photo and native data files that `options` ask for, and decodes the photo into
 // `picture` when it is to be shown. An empty result is success.

@@ -25,6 +25,17 @@ void Trace(const Frame& frame, bool redact) {
   PrintTrace(event, redact ? kImpersonalBytes : kTracedBytes);
 }
 
+Report UnwrittenRecording(const std::string& file, const std::string& problem) {
+  Report report = {QL_OTHER_ERROR,
+                   kExitOther,
+                   Format(Tr("%s was not written", "%s 未写入"), file.c_str()),
+                   {{Tr("Cause", "原因"), problem}}};
+  AddNext({Tr("name another file", "换一个文件名")}, &report);
+  report.tell_code = false;  // No call of the library gave it.
+  report.reason = "recording";
+  return report;
+}
+
 std::string Today() {
   const time_t now = time(nullptr);
   tm local = {};
@@ -47,6 +58,12 @@ std::optional<Report> CheckTap(const ReadOptions& options) {
          "--trace、--timing 和 --record 监听串口线路；USB 读卡器没有串口"),
       Tr("leave them out, or name a serial port: --device /dev/ttyUSB0",
          "去掉这些选项，或指定串口：--device /dev/ttyUSB0"));
+}
+
+std::optional<Report> CheckRecording(const ReadOptions& options) {
+  std::string problem;
+  if (options.record.empty() || CanBeWritten(options.record, &problem)) return std::nullopt;
+  return UnwrittenRecording(options.record, problem);
 }
 
 TappedReading ReadTapped(const ReadOptions& options) {
@@ -82,15 +99,8 @@ std::optional<Report> WriteRecording(const TappedReading& tapped, const ReadOpti
              options.request.device.c_str(), options.request.baud, Today().c_str());
   const std::string text = simulator::RecordingText(tapped.pieces, remark);
   std::string problem;
-  if (!WriteFile(options.record, {text.begin(), text.end()}, &problem)) {
-    Report report = {QL_OTHER_ERROR,
-                     kExitOther,
-                     Format(Tr("%s was not written", "%s 未写入"), options.record.c_str()),
-                     {{Tr("Cause", "原因"), problem}}};
-    report.tell_code = false;
-    report.reason = "recording";
-    return report;
-  }
+  if (!WriteFile(options.record, {text.begin(), text.end()}, &problem))
+    return UnwrittenRecording(options.record, problem);
   std::fprintf(stderr,
                Tr("%s holds everything that travelled, a card's personal data included\n"
                   "  Again   qlid simulate --replay %s\n",

@@ -18,6 +18,9 @@ bool TapWanted(const ReadOptions& options);
 // Refuses what cannot be listened to; none when it can.
 std::optional<Report> CheckTap(const ReadOptions& options);
 
+// Tries, before a card is read, whether the file that --record names can be written.
+std::optional<Report> CheckRecording(const ReadOptions& options);
+
 struct TappedReading {
   Reading reading;
   std::optional<Timing> timing;                  // none: the port was not opened

@@ -197,7 +197,9 @@ class Watch {
 
 int WatchCommand(const ReadOptions& options) {
   HoldSignals();
-  if (const auto problem = CheckRequest(options.request)) {
+  auto problem = CheckRequest(options.request);
+  if (!problem) problem = CheckReadOutput(options);
+  if (problem) {
     Outcome outcome;
     outcome.report = &*problem;
     return PrintFailure(outcome, options);
