@@ -156,6 +156,21 @@ TEST(QlidReason, GivesEachStepInEitherLanguage) {
   EXPECT_NE(Member(english.get(), "message"), Member(chinese.get(), "message"));
 }
 
+TEST(QlidReason, IsOneOfTheSameInEverySchema) {
+  const auto error_in = [](const std::string& name) {
+    const Json schema = Parse(ReadWholeFile(SCHEMAS "/qlid." + name + "-1.schema.json"));
+    return Json(cJSON_Duplicate(cJSON_GetObjectItem(Child(schema, "properties"), "error"), 1),
+                cJSON_Delete);
+  };
+
+  const Json read = error_in("read");
+
+  ASSERT_NE(nullptr, read);
+  for (const char* name : {"explain", "packet", "probe", "usage"}) {
+    EXPECT_TRUE(cJSON_Compare(read.get(), error_in(name).get(), 1)) << name;
+  }
+}
+
 // The schema, the manual page and the Chinese one list the same reasons.
 TEST(QlidReason, EachStandsInTheSchemaAndTheManualPages) {
   const Json schema = Parse(ReadWholeFile(SCHEMAS "/qlid.read-1.schema.json"));
