@@ -115,6 +115,15 @@ TEST(QlidRead, SaysThatTheReaderWasPulledWhenSendingFails) {
   EXPECT_TRUE(Contains(output.err, "/dev/bus/usb/001/002 is gone since ")) << output.err;
 }
 
+TEST(QlidRead, NamesTheUsbReaderToPrograms) {
+  const CardOnUsb usb;
+
+  const Output read = RunProgram({QLID_PROGRAM, "read", "--json"});
+
+  EXPECT_EQ(0, read.exit) << read.err;
+  EXPECT_TRUE(Contains(read.out, "\"usb\":\t\"0403:bcd5\"")) << read.out;
+}
+
 // The second time at the place of the first, as a kernel that has counted round would.
 TEST(QlidWatch, GoesOnWhenTheReaderIsPulledAndPluggedInAgain) {
   constexpr int kNumbers[] = {3, 2};

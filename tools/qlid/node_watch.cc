@@ -44,6 +44,12 @@ UsbReader UsbReaderOf(const ReadRequest& request) {
   return bus.readers.empty() ? UsbReader() : bus.readers.front();
 }
 
+std::string UsbIdOf(const ReadRequest& request) {
+  if (IsSerial(request.device)) return "";
+  const UsbReader reader = UsbReaderOf(request);
+  return reader.node.empty() ? "" : Format("%04x:%04x", reader.id.vendor, reader.id.product);
+}
+
 std::string NodeOf(const ReadRequest& request) {
   if (IsSerial(request.device)) return Exists(request.device) ? request.device : "";
   return UsbReaderOf(request).node;

@@ -17,6 +17,9 @@ bool IsSerial(const std::string& device);
 // is empty when there is none.
 UsbReader UsbReaderOf(const ReadRequest& request);
 
+// Its id, "0403:bcd5"; empty for a serial device and where there is none.
+std::string UsbIdOf(const ReadRequest& request);
+
 // The node that a read of this request opens; empty when there is none.
 std::string NodeOf(const ReadRequest& request);
 

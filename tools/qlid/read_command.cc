@@ -2,6 +2,7 @@
 #include "quillonid/results.h"
 #include "tools/qlid/commands.h"
 #include "tools/qlid/delivery.h"
+#include "tools/qlid/node_watch.h"
 #include "tools/qlid/read_failure.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
@@ -53,6 +54,7 @@ int ReadCommand(const ReadOptions& options) {
   }
   const Reading& reading = tapped.reading;
   outcome.elapsed_ms = reading.elapsed_ms;
+  outcome.usb = UsbIdOf(options.request);
   if (options.timing && tapped.timing) outcome.timing = &*tapped.timing;
   std::optional<Report> unrecorded;
   if (!options.record.empty()) unrecorded = WriteRecording(tapped, options);

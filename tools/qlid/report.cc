@@ -36,7 +36,9 @@ Json Envelope(const Outcome& outcome, bool photo) {
     cJSON_AddItemToObject(document.get(), "error", ReportObject(*outcome.report));
   }
   if (!outcome.device.empty()) {
-    AddText(cJSON_AddObjectToObject(document.get(), "reader"), "device", outcome.device);
+    cJSON* reader = cJSON_AddObjectToObject(document.get(), "reader");
+    AddText(reader, "device", outcome.device);
+    if (!outcome.usb.empty()) AddText(reader, "usb", outcome.usb);
   }
   if (outcome.elapsed_ms >= 0) {
     cJSON_AddNumberToObject(document.get(), "elapsed_ms", static_cast<double>(outcome.elapsed_ms));

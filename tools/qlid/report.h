@@ -68,6 +68,7 @@ struct Outcome {
   const Card* card = nullptr;      // null: nothing was read
   const Report* report = nullptr;  // null: all went well
   std::string device;              // empty: no reader was involved
+  std::string usb = {};            // id of a USB reader; empty: none was found
   long elapsed_ms = -1;
   const Timing* timing = nullptr;  // where the time went
   std::optional<Picture> picture;  // to show before the text

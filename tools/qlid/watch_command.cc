@@ -7,6 +7,7 @@
 #include "quillonid/results.h"
 #include "tools/qlid/commands.h"
 #include "tools/qlid/delivery.h"
+#include "tools/qlid/node_watch.h"
 #include "tools/qlid/read_failure.h"
 #include "tools/qlid/report.h"
 #include "tools/qlid/results.h"
@@ -171,6 +172,7 @@ class Watch {
     Outcome outcome;
     outcome.card = &reading.card;
     outcome.device = options_.request.device;
+    outcome.usb = UsbIdOf(options_.request);
     outcome.elapsed_ms = reading.elapsed_ms;
     const std::optional<Report> report = Deliver(outcome, options_);
     if (!report) return;
