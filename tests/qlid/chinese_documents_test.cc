@@ -27,7 +27,8 @@ std::vector<std::string> Matches(const std::string& text, const char* pattern) {
 // Commands, options, functions, variables of the environment, paths, names of files and codes.
 std::set<std::string> NamesIn(const std::string& text) {
   constexpr char kName[] =
-      "qlid\\*? \\*?(demo|devices|doctor|read|decode|simulate|reset-baud|explain|log|completion)\\b|"
+      "qlid\\*? "
+      "\\*?(demo|devices|doctor|read|decode|simulate|reset-baud|explain|log|completion)\\b|"
       "--[a-z][a-z-]+|"
       "[A-Z]+_[A-Z][A-Za-z_]+|"
       "(/[a-z][A-Za-z0-9_]+)+|"
