@@ -77,7 +77,7 @@ TEST(QlidFiles, AreWrittenWholeOrNotAtAll) {
   const Output failed = RunQlid(bench.Read({"--native", "/quillonid-none/card.bin"}));
   const Output read = RunQlid(bench.Read({"--native", file}));
 
-  EXPECT_EQ(7, failed.exit);
+  EXPECT_EQ(8, failed.exit);
   EXPECT_TRUE(Contains(failed.out, bench.card.person.text.at("cardId"))) << failed.out;
   EXPECT_EQ(0, read.exit) << read.err;
   EXPECT_EQ(1295U, ReadWholeFile(file).size());

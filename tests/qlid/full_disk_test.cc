@@ -27,7 +27,7 @@ constexpr char kLost[] = "qlid: standard output could not be written\n";
 
 TEST(QlidOnAFullDisk, SaysThatACardWasLost) {
   const Bench bench;
-  for (const char* form : {"", " --json", " --photo -"}) {
+  for (const char* form : {"", " --json", " --native -"}) {
     const Ended read = RunOnFullDisk("read --device " + bench.reader.path() + form);
 
     EXPECT_NE(0, read.status) << form;
