@@ -317,7 +317,8 @@ TEST(QlidWatch, EndsWhenItsTerminalIsClosed) {
 
   watch.CloseTerminal();
 
-  EXPECT_EQ(0, watch.Finish().exit);
+  const int status = watch.Finish().exit;
+  EXPECT_TRUE(status == 0 || status == 8) << status << "; 8 where it was about to write there";
 }
 
 // Standard error alone is a terminal here, and the signal comes from somebody else.
