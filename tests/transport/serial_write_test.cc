@@ -228,7 +228,7 @@ TEST_F(SerialWrite, DoesNotSpinOnALineThatOnlySeemsToHaveRoom) {
   EXPECT_EQ(0, Write("abc"));
 
   EXPECT_GT(1000u, system_calls::Noted().size());
-  EXPECT_LT(4.9, stand_in_clock::SecondsSlept());
+  EXPECT_LT(3, stand_in_clock::SecondsSlept());  // most of the five seconds
 }
 
 // Each byte in time to show progress: ten of them would take 49 seconds.
