@@ -1,5 +1,5 @@
-// Whole reads over the real libusb on an emulated bus, in a process that gets signals or has no
-// descriptors left or very many.
+// Whole reads over the real libusb on an emulated bus, in a process that gets signals or has very
+// many descriptors. None left cannot be tried: the emulated bus lives in the process and ends it.
 #include <gtest/gtest.h>
 
 #include "tests/faults/process.h"
@@ -15,21 +15,6 @@ int Read(int limit = kTimeLimit) {
   char no_photo[] = "";
   PERSONINFO_COLLECT record = {};
   return APP_ID_ReadCollectIDCard("HID", "", 115200, limit, no_photo, &record);
-}
-
-// libusb wants some for itself; whatever it has got is given back.
-TEST(UsbDescriptors, NoneLeftFailsTheOpenAlone) {
-  NEEDS_PRIVATE_ROOT();
-  CardOnUsb usb;
-  EXPECT_EQ(0, Read());
-  LimitDescriptors(LowestFreeDescriptor());
-  const Taken taken;
-
-  EXPECT_EQ(-1, Read());
-
-  EXPECT_LE(taken(), kGoodRead + Slack());
-  LimitDescriptors(256);
-  EXPECT_EQ(0, Read());
 }
 
 TEST(UsbDescriptors, Above1024ServeAsWell) {
