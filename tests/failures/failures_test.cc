@@ -25,14 +25,6 @@ constexpr std::size_t kLogCallStep = 7;
 // Under Valgrind and emulation, where a run takes many times as long, every eleventh call is tried.
 constexpr std::size_t kStepWhereSlow = 11;
 
-bool RunsSlowly() {
-#ifdef QL_EMULATED
-  return true;
-#else
-  return UnderValgrind();
-#endif
-}
-
 class FailingCall : public testing::TestWithParam<Scenario> {};
 
 TEST_P(FailingCall, LeavesNothingBehind) {

@@ -79,14 +79,6 @@ const ReaderFault kReaderFaults[] = {
 constexpr double kSlack = 2;  // real seconds
 constexpr double kSlackWhereSlow = 60;
 
-bool RunsSlowly() {
-#ifdef QL_EMULATED
-  return true;
-#else
-  return UnderValgrind();
-#endif
-}
-
 }  // namespace
 
 double Slack(double speed) {
