@@ -44,6 +44,8 @@ char g_DebugVersion[kVersionSize + 1];  // opens every line
 char gLogFileName[256 + 1];             // read by nothing
 // 1: no configuration file at the last look, so the next look begins with the cheaper stat().
 std::atomic<int> s_bNoConfiguration;
+// 1: the terminal of the log file's name took nothing for kSlowDevice and no whole line since.
+std::atomic<int> s_bDeviceIsStuck;
 // What GetLogTime() and getLogFilePath() returned last; used by nothing else.
 char s_szLogTime[128];
 char s_szLogFilePath[kPathSize];
@@ -172,7 +174,8 @@ bool IsWithinFileLimit(int fd, std::size_t size) {
   return fstat(fd, &status) == 0 && static_cast<rlim_t>(status.st_size) + size <= limit.rlim_cur;
 }
 
-// Terminals and serial printers. One that takes nothing for a while loses the rest of the line.
+// Terminals and serial printers. One that takes nothing for a while loses the rest of the line, and
+// is not waited for again before it has taken one: a read logs many.
 void WriteToDevice(int fd, std::string_view text) {
   struct stat status = {};
   if (fstat(fd, &status) != 0 || !S_ISCHR(status.st_mode)) return;
@@ -184,8 +187,12 @@ void WriteToDevice(int fd, std::string_view text) {
     }
     pollfd device = {fd, POLLOUT, 0};
     const bool retry = n < 0 && (errno == EINTR || errno == EAGAIN);
-    if (!retry || poll(&device, 1, kSlowDevice) <= 0) return;
+    if (!retry || poll(&device, 1, s_bDeviceIsStuck != 0 ? 0 : kSlowDevice) <= 0) {
+      s_bDeviceIsStuck = 1;
+      return;
+    }
   }
+  s_bDeviceIsStuck = 0;
 }
 
 // One open, one write, one close for each line: lines of several threads or processes stay whole,

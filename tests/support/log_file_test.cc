@@ -176,6 +176,19 @@ TEST(Logging, GivesUpATerminalThatTakesNothing) {
   EXPECT_GT(std::chrono::seconds(20), std::chrono::steady_clock::now() - start);
 }
 
+TEST(Logging, WaitsForATerminalThatTakesNothingOnlyOnce) {
+  NEEDS_PRIVATE_ROOT();
+  const Pty terminal;
+  LogToTerminal(terminal);
+  const std::string data(200'000, '\xA5');
+  DPrintDataHexToFile(nullptr, data.data(), static_cast<int>(data.size()));
+  const auto start = std::chrono::steady_clock::now();
+
+  for (int line = 0; line < 100; ++line) DPrintLogToFile("one");
+
+  EXPECT_GT(std::chrono::seconds(20), std::chrono::steady_clock::now() - start);
+}
+
 TEST(Logging, IsSilentWhereItCannotWrite) {
   NEEDS_PRIVATE_ROOT();
   StartLog();

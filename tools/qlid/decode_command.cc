@@ -18,13 +18,14 @@ namespace qlid {
 namespace {
 
 Report UnreadableReport(const std::string& file, const std::string& problem) {
+  const Row cause = {Tr("Cause", "原因"), problem};
+  const Row next = {Tr("Next", "建议"), Tr("name a file that was saved with qlid read --native",
+                                           "请指定用 qlid read --native 保存的文件")};
   return {
       QL_INVALID_ARGUMENT,
       kExitUsage,
       Format(Tr("%s cannot be read", "无法读取 %s"), file.c_str()),
-      {{Tr("Cause", "原因"), problem},
-                                                                  {Tr("Next", "建议"), Tr("name a file that was saved with qlid read --native",
-                               "请指定用 qlid read --native 保存的文件")}}
+      {cause, next}
   };
 }
 

@@ -143,14 +143,15 @@ void WaitForTheEnd(TerminalKeys* keys, const std::function<bool(char)>& press) {
 
 bool LinkStands(const Link& link, const std::string& name) {
   if (!link.Wanted() || link.Made()) return true;
+  const Row cause = {Tr("Cause", "原因"), SystemProblem(errno)};
+  const Row next = {Tr("Next", "建议"),
+                    Tr("name one that does not exist yet, in a folder that you may write to",
+                       "请指定尚不存在的名称，并位于可写的目录中")};
   Report report = {
       QL_OTHER_ERROR,
       kExitUnexpected,
       Format(Tr("the link %s was not made", "未能建立链接 %s"), name.c_str()),
-      {{Tr("Cause", "原因"), SystemProblem(errno)},
-                                                                               {Tr("Next", "建议"),
-        Tr("name one that does not exist yet, in a folder that you may write to",
-           "请指定尚不存在的名称，并位于可写的目录中")}}
+      {cause, next}
   };
   report.tell_code = false;  // No call of the library gave it.
   PrintReport(report);
