@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "simulator/environment.h"
 #include "simulator/usb/card_reader.h"
 #include "simulator/usb/emulated_reader.h"
 
@@ -39,15 +40,10 @@ char** ParseOptions(char** arguments, Options* options) {
   return arguments;
 }
 
-void Extend(const char* variable, const std::string& more) {
-  const char* before = std::getenv(variable);
-  setenv(variable, (before && *before ? std::string(before) + ":" + more : more).c_str(), 1);
-}
-
 [[noreturn]] void RunProgram(char** arguments) {
-  Extend("LD_PRELOAD", "libumockdev-preload.so.0");
+  simulator::Extend("LD_PRELOAD", "libumockdev-preload.so.0");
   // AddressSanitizer asks to be the first library; behind a preloaded one it works as well.
-  Extend("ASAN_OPTIONS", "verify_asan_link_order=0");
+  simulator::Extend("ASAN_OPTIONS", "verify_asan_link_order=0");
   execvp(arguments[0], arguments);
   std::perror(arguments[0]);
   _exit(127);

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <sstream>
 
+#include "simulator/environment.h"
 #include "simulator/tty_reader.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/program.h"
@@ -95,9 +96,9 @@ TEST(ExampleService, ReadsCardsUntilItIsStopped) {
 
 #ifdef WITH_PYTHON
 // The interpreter keeps memory to its end: leaks are looked for elsewhere.
-const std::vector<std::string> kPython = {"LD_LIBRARY_PATH=" LIBRARY_FOLDER, "PYTHONUTF8=1",
-                                          "LD_PRELOAD=" SANITIZER_RUNTIME,
-                                          "ASAN_OPTIONS=detect_leaks=0"};
+const std::vector<std::string> kPython = {
+    "LD_LIBRARY_PATH=" LIBRARY_FOLDER, "PYTHONUTF8=1", "LD_PRELOAD=" SANITIZER_RUNTIME,
+    "ASAN_OPTIONS=" + simulator::Extended("ASAN_OPTIONS", "detect_leaks=0")};
 
 TEST(ExamplePython, PrintsNameAndNumber) {
   const Bench bench;

@@ -10,6 +10,7 @@
 #include <set>
 #include <sstream>
 
+#include "simulator/environment.h"
 #include "tests/qlid/bench.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/valgrind.h"
@@ -115,7 +116,8 @@ TEST(QlidWatch, TellsEveryCardOnceAndDoesNotGrow) {
   PluggedReader reader(device);
   Program watch(
       Qlid({"read", "--watch", "--json", "--pause", "1", "--timeout", "20", "--device", device}),
-      {"LD_PRELOAD=" SKIP_SLEEPS, "ASAN_OPTIONS=verify_asan_link_order=0"});
+      {"LD_PRELOAD=" SKIP_SLEEPS,
+       "ASAN_OPTIONS=" + simulator::Extended("ASAN_OPTIONS", "verify_asan_link_order=0")});
   Usage warm = {};
   std::size_t pulled = 0;
 

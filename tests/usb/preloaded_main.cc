@@ -9,23 +9,20 @@
 #include <filesystem>
 #include <string>
 
+#include "simulator/environment.h"
+
 namespace {
 
 constexpr char kPreload[] = "libumockdev-preload.so.0";
-
-std::string Extended(const char* variable, const std::string& more) {
-  const char* before = std::getenv(variable);
-  return before && *before ? std::string(before) + ":" + more : more;
-}
 
 }  // namespace
 
 int main(int argc, char** argv) {
   const char* preload = std::getenv("LD_PRELOAD");
   if (!preload || !std::string(preload).ends_with(kPreload)) {
-    setenv("LD_PRELOAD", Extended("LD_PRELOAD", kPreload).c_str(), 1);
+    simulator::Extend("LD_PRELOAD", kPreload);
     // AddressSanitizer asks to be the first library; behind a preloaded one it works as well.
-    setenv("ASAN_OPTIONS", Extended("ASAN_OPTIONS", "verify_asan_link_order=0").c_str(), 1);
+    simulator::Extend("ASAN_OPTIONS", "verify_asan_link_order=0");
     // By its name: under valgrind the link itself leads to valgrind.
     const std::string self = std::filesystem::read_symlink("/proc/self/exe");
     execv(self.c_str(), argv);
