@@ -1,7 +1,6 @@
 #include "support/log.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -19,6 +18,7 @@
 #include "support/handles.h"
 #include "support/hex_text.h"
 #include "support/ini.h"
+#include "support/terminal_wait.h"
 
 namespace {
 
@@ -34,7 +34,8 @@ constexpr std::size_t kMarkSize = 64;       // type text, area name over it
 constexpr std::size_t kPrefixSize = 256;    // everything before the message, and room to spare
 constexpr std::size_t kMessageSize = 4096;  // message with its zero
 constexpr std::size_t kDumpSize = 8192;     // a dump line on the stack; longer ones on the heap
-constexpr int kSlowDevice = 500;            // milliseconds; 9,600 bit/s make room in half of it
+constexpr int kStuckDevice = 500;           // milliseconds that a terminal may take nothing
+constexpr int kSlowLine = 10'000;           // milliseconds for a line; 8 KiB leave at 9,600 bit/s
 
 // The names that applications set, each with a spare zero byte. s_stNames guards them: a thread
 // that cancels a read logs while the reading thread does.
@@ -44,7 +45,7 @@ char g_DebugVersion[kVersionSize + 1];  // opens every line
 char gLogFileName[256 + 1];             // read by nothing
 // 1: no configuration file at the last look, so the next look begins with the cheaper stat().
 std::atomic<int> s_bNoConfiguration;
-// 1: the terminal of the log file's name took nothing for kSlowDevice and no whole line since.
+// 1: the terminal of the log file's name did not take a line in its time and no whole line since.
 std::atomic<int> s_bDeviceIsStuck;
 // What GetLogTime() and getLogFilePath() returned last; used by nothing else.
 char s_szLogTime[128];
@@ -179,15 +180,17 @@ bool IsWithinFileLimit(int fd, std::size_t size) {
 void WriteToDevice(int fd, std::string_view text) {
   struct stat status = {};
   if (fstat(fd, &status) != 0 || !S_ISCHR(status.st_mode)) return;
+  Patience patience(kStuckDevice, kSlowLine);
   while (!text.empty()) {
     const ssize_t n = write(fd, text.data(), text.size());
     if (n > 0) {
       text.remove_prefix(static_cast<std::size_t>(n));
+      patience.SeeProgress();
       continue;
     }
-    pollfd device = {fd, POLLOUT, 0};
-    const bool retry = n < 0 && (errno == EINTR || errno == EAGAIN);
-    if (!retry || poll(&device, 1, s_bDeviceIsStuck != 0 ? 0 : kSlowDevice) <= 0) {
+    if (n < 0 && errno == EINTR) continue;
+    const bool wait = n < 0 && errno == EAGAIN && s_bDeviceIsStuck == 0;
+    if (!wait || !WaitForRoom(fd, patience, nullptr)) {
       s_bDeviceIsStuck = 1;
       return;
     }

@@ -4,11 +4,9 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
@@ -17,6 +15,7 @@
 #include "quillonid/transport.h"
 #include "support/clock.h"
 #include "support/log.h"
+#include "support/terminal_wait.h"
 
 namespace {
 
@@ -36,13 +35,10 @@ std::atomic<int> s_bLinuxComIsWriting;  // 1 during a write
 
 constexpr int kSlice = 100;       // milliseconds: longest time between two looks at the cancel flag
 constexpr int kPass = 50;         // milliseconds: longest pass of a read on a live line
-constexpr int kRetry = 10;        // milliseconds: shortest wait of a write that found no room
 constexpr int kStuck = 5000;      // milliseconds that a line may take no byte
 constexpr int kSlowestByte = 40;  // milliseconds; a byte lasts 33 at 300 bit/s
 constexpr int kUnblockWait = 1000;  // milliseconds
-// Bounds of the waits should the clock not be readable.
-constexpr int kMostSignals = 1000;
-constexpr int kMostNaps = 20'000;  // of kRetry
+constexpr int kMostSignals = 1000;  // that may come while settings are applied
 
 struct Rate {
   int baud;
@@ -85,47 +81,35 @@ termios RawSettings(const termios& old, int baud) {
   return raw;
 }
 
-// The time that bytes on their way out are given: a line that is stuck, or takes one now and then,
-// must not hold a read for ever.
-class Patience {
- public:
-  explicit Patience(int bytes)
-      : stuck_(MonotonicMilliseconds() + kStuck),
-        end_(stuck_ + std::int64_t{kSlowestByte} * bytes) {}
-  void SeeProgress() { stuck_ = MonotonicMilliseconds() + kStuck; }
-  bool IsOver() const { return MonotonicMilliseconds() > std::min(stuck_, end_); }
-
- private:
-  std::int64_t stuck_;
-  std::int64_t end_;
-};
-
-// Bytes that have not left yet; 0 also when the driver does not tell.
-int Queued(int fd) {
-  int bytes = 0;
-  return ioctl(fd, TIOCOUTQ, &bytes) == 0 ? bytes : 0;
-}
+// The time that bytes on their way out are given.
+Patience PatienceFor(std::int64_t bytes) { return {kStuck, kStuck + kSlowestByte * bytes}; }
 
 // Waits until the output has left. What is stuck, as on a line whose other end holds the flow
-// control, is discarded in the end: the kernel's own wait would have none.
-void Drain(int fd) {
-  int bytes = Queued(fd);
-  Patience patience(bytes);
-  for (int i = 0; bytes > 0 && i < kMostNaps && !patience.IsOver(); ++i) {
-    Nap(kRetry);
-    const int left = Queued(fd);
+// control, is discarded in the end: the kernel's own wait would have none. Returns the bytes that
+// are left even so: some drivers keep what they were to discard.
+int Drain(int fd) {
+  int bytes = QueuedOutput(fd);
+  if (bytes == 0) return 0;
+  Patience patience = PatienceFor(bytes);
+  while (bytes > 0 && !patience.IsOver()) {
+    Nap(kShortestLook);
+    const int left = QueuedOutput(fd);
     if (left < bytes) patience.SeeProgress();
     bytes = left;
   }
-  if (bytes > 0) tcflush(fd, TCOFLUSH);
+  if (bytes == 0) return 0;
+  tcflush(fd, TCOFLUSH);
+  return QueuedOutput(fd);
 }
 
 // Drains output, discards input and sets. A signal that comes while the last byte leaves must
-// neither fail an open nor leave a tty with the reader's settings.
+// neither fail an open nor leave a tty with the reader's settings; bytes that cannot leave must not
+// hold them up.
 bool DrainAndSet(int fd, const termios& settings) {
-  Drain(fd);
+  const bool is_stuck = Drain(fd) > 0;
+  if (is_stuck) tcflush(fd, TCIFLUSH);
   for (int i = 0; i < kMostSignals; ++i) {
-    if (tcsetattr(fd, TCSAFLUSH, &settings) == 0) return true;
+    if (tcsetattr(fd, is_stuck ? TCSANOW : TCSAFLUSH, &settings) == 0) return true;
     if (errno != EINTR) return false;
   }
   return false;
@@ -146,19 +130,6 @@ void RestoreSettings(int fd) {
   if (fd == s_nSettingsFd) DrainAndSet(fd, g_stOldTermAttr);
 }
 
-// Waits up to `milliseconds` for one of `events`, signals or not. Returns poll's result.
-int WaitFor(int fd, short events, int milliseconds) {
-  const std::int64_t end = MonotonicMilliseconds() + milliseconds;
-  for (int i = 0; i < kMostSignals; ++i) {
-    pollfd line = {fd, events, 0};
-    // Not more than asked for: a clock that cannot be read stands at zero.
-    const auto left = std::clamp<std::int64_t>(end - MonotonicMilliseconds(), 0, milliseconds);
-    const int ready = poll(&line, 1, static_cast<int>(left));
-    if (ready >= 0 || errno != EINTR) return ready;
-  }
-  return 0;
-}
-
 // While it lives, a write takes what the line has room for and returns. Reads need the blocking
 // mode: VTIME is their clock.
 class NonBlocking {
@@ -177,28 +148,18 @@ class NonBlocking {
   int flags_;
 };
 
-// Waits until the line takes bytes again. False: a cancel came first, or the end of patience.
-bool WaitForRoom(int fd, const Patience& patience) {
-  const std::int64_t start = MonotonicMilliseconds();
-  int ready = 0;
-  while (ready == 0 && !s_bCancelLinuxComRead && !patience.IsOver()) {
-    ready = WaitFor(fd, POLLOUT, kSlice);
-  }
-  NapRestOfSlice(start, kRetry, kRetry);
-  return ready > 0;
-}
-
 // The writes of QL_SendDataToTransPort. Returns the bytes written.
 int WriteAll(int fd, const unsigned char* data, int len) {
   const NonBlocking guard(fd);
-  Patience patience(len);
+  // Bytes that were written before leave first.
+  Patience patience = PatienceFor(std::int64_t{len} + QueuedOutput(fd));
   int sent = 0;
   bool took_nothing = false;
   while (sent < len) {
     const ssize_t put = write(fd, data + sent, static_cast<std::size_t>(len - sent));
     if (put < 0 && errno == EINTR) continue;
     if (put < 0 && errno == EAGAIN) {
-      if (!WaitForRoom(fd, patience)) break;
+      if (!WaitForRoom(fd, patience, &s_bCancelLinuxComRead)) break;
       continue;
     }
     if (put < 0 || (put == 0 && took_nothing)) break;
@@ -213,7 +174,7 @@ int WriteAll(int fd, const unsigned char* data, int len) {
 // alone would hold a cancel up for the tenth of a second and the tick of the kernel above it. For
 // no bytes there is nothing to wait for.
 ssize_t ReadPass(int fd, unsigned char* dest, std::size_t room) {
-  return room > 0 && WaitFor(fd, POLLIN, kPass) == 0 ? 0 : read(fd, dest, room);
+  return room > 0 && WaitForTerminal(fd, POLLIN, kPass) == 0 ? 0 : read(fd, dest, room);
 }
 
 // The passes of COMM_Com_ReadLinux, up to its result.
@@ -354,7 +315,7 @@ QL_API int ReadUnBlock(unsigned char* buffer, int len) {
   LOG_DEVICE("ReadUnblock\n");
   const int fd = g_AuxFd;
   if (fd < 0) return RET_PUB_INVAL_PARAM;
-  const int ready = WaitFor(fd, POLLIN, kUnblockWait);
+  const int ready = WaitForTerminal(fd, POLLIN, kUnblockWait);
   return ready > 0 ? ReadBlock(buffer, len) : ready;
 }
 
@@ -362,7 +323,7 @@ QL_API int WriteUnBlock(const unsigned char* buffer, int len) {
   LOG_DEVICE("WriteUnblock\n");
   const int fd = g_AuxFd;
   if (fd < 0) return RET_PUB_INVAL_PARAM;
-  const int ready = WaitFor(fd, POLLOUT, kUnblockWait);
+  const int ready = WaitForTerminal(fd, POLLOUT, kUnblockWait);
   if (ready == 0) tcflush(fd, TCOFLUSH);
   return ready > 0 ? WriteBlock(buffer, len) : ready;
 }

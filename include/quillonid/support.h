@@ -13,10 +13,10 @@ QL_BEGIN_DECLS
  *  Lines go to "/home/quillon/Alg_debug.log" while "/home/quillon/QLConfig.ini" holds a non-zero
  *  "LogFlag" in section "QuillonLog"; the file is looked at on every call. The log holds card data
  *  in clear, is created with mode 0600 and grows without limit; the folder is never created. Lines
- *  end in CR LF and are written whole, by any thread; a line that cannot be written is dropped, as
- *  is one to a pipe or socket of that name. A terminal that has no room for half a second loses the
- *  rest of the line, and is not waited for again before it has taken one. errno stays as it was.
- *  Not for signal handlers.
+ *  end in CR LF and are written to a file whole, by any thread; a line that cannot be written is
+ *  dropped, as is one to a pipe or socket of that name. A terminal that takes nothing for half a
+ *  second, or does not take a line in 10 s, loses the rest of the line, and is not waited for again
+ *  before it has taken one. errno stays as it was. Not for signal handlers.
  *  @{ */
 
 /** Writes one line: version, blank, time of GetLogTime(), two blanks, and the message, formatted as

@@ -3,34 +3,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/time.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <ostream>
 
 namespace faults {
 namespace {
 
 constexpr int kMany = 1100;
-constexpr int kEvery = 10'000;  // microseconds
-
-volatile std::sig_atomic_t s_signals;
-
-void SetTimer(int microseconds) {
-  const itimerval every = {
-      {0, microseconds},
-      {0, microseconds}
-  };
-  setitimer(ITIMER_REAL, &every, nullptr);
-}
-
-void MaskSignals(int how) {
-  sigset_t alarm;
-  sigemptyset(&alarm);
-  sigaddset(&alarm, SIGALRM);
-  sigprocmask(how, &alarm, nullptr);
-}
 
 }  // namespace
 
@@ -56,22 +36,6 @@ ManyDescriptors::ManyDescriptors() {
 ManyDescriptors::~ManyDescriptors() {
   for (const int fd : taken_) close(fd);
 }
-
-Signals::Signals() {
-  s_signals = 0;
-  struct sigaction action = {};
-  action.sa_handler = [](int) { s_signals = s_signals + 1; };
-  sigaction(SIGALRM, &action, nullptr);
-  SetTimer(kEvery);
-}
-
-Signals::~Signals() { SetTimer(0); }
-
-int Signals::count() const { return s_signals; }
-
-void BlockSignals() { MaskSignals(SIG_BLOCK); }
-
-void UnblockSignals() { MaskSignals(SIG_UNBLOCK); }
 
 void PrintTo(const SignalledRead& row, std::ostream* out) { *out << row.fault; }
 

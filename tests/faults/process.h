@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <vector>
 
+#include "tests/testing/signals.h"
 #include "tests/testing/stand_in_clock.h"
 
 namespace faults {
@@ -34,21 +35,6 @@ class ManyDescriptors {
  private:
   std::vector<int> taken_;
 };
-
-// A hundred a second, none of which lets a system call go on.
-class Signals {
- public:
-  Signals();
-  Signals(const Signals&) = delete;
-  Signals& operator=(const Signals&) = delete;
-  ~Signals();
-
-  int count() const;
-};
-
-// For threads that are made meanwhile.
-void BlockSignals();
-void UnblockSignals();
 
 // A read with Signals.
 struct SignalledRead {

@@ -122,7 +122,8 @@ inline void WriteText(const std::string& text, char* dest) {
 
 inline int SizeOf(const std::string& text) { return static_cast<int>(text.size()); }
 
-// Number of inputs for each test: `usual`, or what the variable QL_MODEL_INPUTS says.
+// Number of inputs for each test: `usual`, a tenth under emulation and Valgrind, or what the
+// variable QL_MODEL_INPUTS says.
 std::uint64_t InputsToTry(std::uint64_t usual);
 // Where tests write files: in memory if the private root is there.
 std::string WorkFolder();

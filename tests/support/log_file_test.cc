@@ -6,6 +6,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -16,7 +18,10 @@
 
 #include "tests/support/still_log.h"
 #include "tests/testing/held.h"
+#include "tests/testing/hex_text.h"
 #include "tests/testing/pty.h"
+#include "tests/testing/signals.h"
+#include "tests/testing/stand_in_clock.h"
 
 namespace {
 
@@ -25,6 +30,16 @@ namespace fs = std::filesystem;
 const std::string kFolder = "/home/quillon/";
 
 void Configure(const std::string& text) { WriteWholeFile(kConfigurationFile, text); }
+
+// As a dump shows it.
+std::string Digits(const std::string& data) {
+  const std::string apart = HexText(data);
+  std::string digits;
+  for (const char c : apart) {
+    if (c != ' ') digits += c;
+  }
+  return digits;
+}
 
 // Lets the log's name lead to a terminal that passes every byte as it is.
 void LogToTerminal(const Pty& terminal) {
@@ -152,16 +167,39 @@ TEST(Logging, WaitsForATerminalThatIsSlowerThanTheLine) {
   const Pty terminal;
   LogToTerminal(terminal);
   const std::string data(200'000, '\xA5');  // More than the system keeps for a terminal.
-  std::string digits;
-  for (std::size_t i = 0; i < data.size(); ++i) digits += "A5";
   const std::string expected =
-      Line(" ", "LEN=" + std::to_string(data.size()) + "   HEX: " + digits);
+      Line(" ", "LEN=" + std::to_string(data.size()) + "   HEX: " + Digits(data));
   std::future<std::string> received =
       std::async(std::launch::async, [&] { return terminal.Receive(expected.size()); });
 
   DPrintDataHexToFile(nullptr, data.data(), static_cast<int>(data.size()));
 
   EXPECT_TRUE(received.get() == expected);
+}
+
+TEST(Logging, WaitsForASlowTerminalSignalsOrNot) {
+  NEEDS_PRIVATE_ROOT();
+  const Pty terminal;
+  LogToTerminal(terminal);
+  const std::string data(10'000, '\xA5');
+  const std::string expected = Line(" ", "LEN=10000   HEX: " + Digits(data));
+  BlockSignals();
+  std::future<std::string> received = std::async(std::launch::async, [&] {
+    std::string all;
+    for (std::string piece = "?"; !piece.empty() && all.size() < expected.size(); all += piece) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      piece = terminal.Receive(std::min<std::size_t>(400, expected.size() - all.size()));
+    }
+    return all;
+  });
+  UnblockSignals();
+  {
+    const Signals signals;
+
+    DPrintDataHexToFile(nullptr, data.data(), static_cast<int>(data.size()));
+  }
+
+  EXPECT_EQ(expected, received.get());
 }
 
 TEST(Logging, GivesUpATerminalThatTakesNothing) {
@@ -187,6 +225,30 @@ TEST(Logging, WaitsForATerminalThatTakesNothingOnlyOnce) {
   for (int line = 0; line < 100; ++line) DPrintLogToFile("one");
 
   EXPECT_GT(std::chrono::seconds(20), std::chrono::steady_clock::now() - start);
+}
+
+// Ten seconds of the library are half a second here; the whole line would take a hundred of them.
+TEST(Logging, GivesALineToATerminalTenSeconds) {
+  NEEDS_PRIVATE_ROOT();
+  const Pty terminal;
+  LogToTerminal(terminal);
+  stand_in_clock::SetSpeed(20);
+  std::atomic<bool> done = false;
+  std::size_t received = 0;
+  std::thread reader([&] {
+    while (!done) {
+      received += terminal.Receive(4096).size();
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+  });
+  const std::string data(1'000'000, '\xA5');
+
+  DPrintDataHexToFile(nullptr, data.data(), static_cast<int>(data.size()));
+
+  done = true;
+  reader.join();
+  EXPECT_LT(0u, received);
+  EXPECT_GT(data.size(), received);
 }
 
 TEST(Logging, IsSilentWhereItCannotWrite) {

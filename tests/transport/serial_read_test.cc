@@ -18,6 +18,7 @@
 #include "tests/testing/hex_text.h"
 #include "tests/testing/private_root.h"
 #include "tests/testing/pty.h"
+#include "tests/testing/signals.h"
 #include "tests/testing/stand_in_clock.h"
 #include "tests/transport/system_calls.h"
 
@@ -309,28 +310,20 @@ TEST_F(SerialRead, TakesASignalForAPassWithoutBytes) {
 }
 
 TEST_F(SerialRead, SurvivesAHundredSignalsASecond) {
-  struct sigaction action = {};
-  action.sa_handler = [](int) {};  // Without SA_RESTART.
-  ASSERT_EQ(0, sigaction(SIGALRM, &action, nullptr));
-  const itimerval often = {
-      {0, 10'000},
-      {0, 10'000}
-  };
-  ASSERT_EQ(0, setitimer(ITIMER_REAL, &often, nullptr));
+  BlockSignals();
   std::thread reader([&] {
-    sigset_t alarm;
-    sigemptyset(&alarm);
-    sigaddset(&alarm, SIGALRM);
-    pthread_sigmask(SIG_BLOCK, &alarm, nullptr);
     std::this_thread::sleep_for(std::chrono::milliseconds(400));
     pty_.Send("abc");
   });
+  UnblockSignals();
   unsigned char reply[3] = {};
+  {
+    const Signals signals;
 
-  EXPECT_EQ(3, COMM_Com_ReadLinux(reply, 3, 60, nullptr));
+    EXPECT_EQ(3, COMM_Com_ReadLinux(reply, 3, 60, nullptr));
 
-  const itimerval off = {};
-  setitimer(ITIMER_REAL, &off, nullptr);
+    EXPECT_LT(0, signals.count());
+  }
   reader.join();
   EXPECT_EQ("61 62 63", HexText(reply));
 }

@@ -152,6 +152,22 @@ TEST(SerialClose, DiscardsWhatAStuckLineDoesNotTake) {
   EXPECT_EQ(expected, system_calls::Noted());
 }
 
+// Drivers of USB serial adapters do: a change of the settings that waits would wait for ever.
+TEST(SerialClose, DoesNotWaitForADriverThatKeepsWhatItWasToDiscard) {
+  const Pty pty;
+  const std::string found = Text(pty.Settings());
+  ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 9600));
+  system_calls::Watch(DescriptorsOn(pty.path()).at(0));
+  system_calls::ScriptQueue({10}, system_calls::AtFlush::kKeeps);
+
+  EXPECT_EQ(0, COMM_Com_CloseLinux());
+
+  const std::vector<std::string> expected = {"tcflush output", "tcflush input", "tcsetattr now",
+                                             "close"};
+  EXPECT_EQ(expected, system_calls::Noted());
+  EXPECT_EQ(found, Text(pty.Settings()));
+}
+
 TEST(SerialClose, DiscardsWhatALineTakesNowAndThen) {
   const Pty pty;
   ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 9600));

@@ -248,6 +248,22 @@ TEST_F(SerialWrite, GivesUpOnALineThatTakesAByteNowAndThen) {
   EXPECT_GT(9, stand_in_clock::Seconds() - start);
 }
 
+// A driver has room when most of its queue has left: 4,096 bytes last 137 s at 300 bit/s.
+TEST_F(SerialWrite, WaitsWhileWhatWasWrittenBeforeLeaves) {
+  std::deque<int> queue;
+  for (int left = 4096; left > 0; left -= 100) queue.insert(queue.end(), 300, left);
+  system_calls::Watch(fd());
+  system_calls::ScriptQueue(queue);
+  system_calls::ScriptWrites({
+      6000, {-1, EAGAIN}
+  });
+  const double start = stand_in_clock::Seconds();
+
+  EXPECT_EQ(3, Write("abc"));
+
+  EXPECT_LT(59, stand_in_clock::Seconds() - start);
+}
+
 // A byte lasts 33 ms at 300 bit/s, the slowest speed.
 TEST_F(SerialWrite, WaitsForALineThatIsSlow) {
   std::deque<system_calls::Answer> answers;

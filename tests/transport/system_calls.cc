@@ -16,6 +16,7 @@ std::vector<std::string> s_noted;
 std::deque<system_calls::Answer> s_reads;
 std::deque<system_calls::Answer> s_writes;
 std::deque<int> s_queue;
+bool s_queue_stays;
 int s_interrupted_settings;
 
 bool Watched(int fd) { return s_fd != -1 && (s_fd == system_calls::kAny || s_fd == fd); }
@@ -49,7 +50,10 @@ void Watch(int fd) {
 const std::vector<std::string>& Noted() { return s_noted; }
 void ScriptReads(std::deque<Answer> answers) { s_reads = std::move(answers); }
 void ScriptWrites(std::deque<Answer> answers) { s_writes = std::move(answers); }
-void ScriptQueue(std::deque<int> bytes) { s_queue = std::move(bytes); }
+void ScriptQueue(std::deque<int> bytes, AtFlush at_flush) {
+  s_queue = std::move(bytes);
+  s_queue_stays = at_flush == AtFlush::kKeeps;
+}
 void InterruptSettings(int count) { s_interrupted_settings = count; }
 
 }  // namespace system_calls
@@ -77,13 +81,18 @@ int tcflush(int fd, int queue) noexcept {
     s_noted.push_back(queue == TCIFLUSH   ? "tcflush input"
                       : queue == TCOFLUSH ? "tcflush output"
                                           : "tcflush both");
+    if (queue != TCIFLUSH && !s_queue_stays) s_queue.clear();
   }
   return real(fd, queue);
 }
 
 int tcsetattr(int fd, int action, const termios* settings) noexcept {
   static const auto real = Real<int(int, int, const termios*)>("tcsetattr");
-  if (Watched(fd)) s_noted.push_back(action == TCSAFLUSH ? "tcsetattr flush" : "tcsetattr other");
+  if (Watched(fd)) {
+    s_noted.push_back(action == TCSAFLUSH ? "tcsetattr flush"
+                      : action == TCSANOW ? "tcsetattr now"
+                                          : "tcsetattr other");
+  }
   if (Watched(fd) && s_interrupted_settings > 0) {
     --s_interrupted_settings;
     errno = EINTR;

@@ -28,8 +28,10 @@ struct Answer {
 void ScriptReads(std::deque<Answer> answers);
 void ScriptWrites(std::deque<Answer> answers);
 
-// Bytes that the driver has not sent yet, call for call; the last number stays.
-void ScriptQueue(std::deque<int> bytes);
+// Bytes that the driver has not sent yet, call for call; the last number stays, or a flush of the
+// output discards them.
+enum class AtFlush { kDiscards, kKeeps };
+void ScriptQueue(std::deque<int> bytes, AtFlush at_flush = AtFlush::kDiscards);
 
 // A signal interrupts the next `count` changes of the settings.
 void InterruptSettings(int count);
