@@ -64,6 +64,18 @@ TEST_F(CardSequence, TimesOutWithoutPausesWhenNothingAnswers) {
   EXPECT_EQ(0, stand_in_clock::SleepCalls());
 }
 
+TEST_F(CardSequence, LeavesNoLengthWithoutACard) {
+  reader.On(kSearchCommand, kFoundAnswer);
+  reader.On(kSelectCommand, kNoCardAnswer);
+  length = 1295;
+  ASSERT_EQ(-2003, Get(10));
+  EXPECT_EQ(0, length);
+
+  length = 1295;
+  ASSERT_EQ(-2, Get(0));
+  EXPECT_EQ(0, length);
+}
+
 TEST_F(CardSequence, LeavesWithTheResultOfAFailedSelect) {
   const std::pair<std::string, int> answers[] = {
       {kNoCardAnswer,     -2003},

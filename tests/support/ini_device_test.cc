@@ -33,3 +33,15 @@ TEST(GetIniKeyString, TakesNothingFromADeviceHoweverShortItsText) {
   EXPECT_EQ("default", of_device);
   EXPECT_STREQ("1", GetIniKeyString("A", "key", "default", path.c_str()));
 }
+
+TEST(IsWriteLog, IsOffForADeviceHoweverShortItsText) {
+  NEEDS_PRIVATE_ROOT();
+  SwitchLogging(true);
+
+  s_type = S_IFCHR;
+  const int of_device = isWriteLog();
+  s_type = 0;
+
+  EXPECT_EQ(0, of_device);
+  EXPECT_EQ(1, isWriteLog());
+}

@@ -251,6 +251,28 @@ TEST(Logging, GivesALineToATerminalTenSeconds) {
   EXPECT_GT(data.size(), received);
 }
 
+TEST(Logging, WaitsAgainForATerminalThatTookALine) {
+  NEEDS_PRIVATE_ROOT();
+  const Pty terminal;
+  LogToTerminal(terminal);
+  const std::string data(200'000, '\xA5');
+  DPrintDataHexToFile(nullptr, data.data(), static_cast<int>(data.size()));
+  tcflush(terminal.master(), TCIFLUSH);
+  const std::string one = Line(" ", "one");
+  DPrintLogToFile("one");
+  ASSERT_EQ(one, terminal.Receive(one.size()));
+  const std::string title(200'000, 'x');  // more than the system keeps for a terminal
+  const std::string expected = Line(" ", title + "  LEN=0   HEX: ");
+  std::future<std::string> received = std::async(std::launch::async, [&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    return terminal.Receive(expected.size());
+  });
+
+  DPrintDataHexToFile(title.c_str(), nullptr, 0);
+
+  EXPECT_TRUE(received.get() == expected);
+}
+
 TEST(Logging, IsSilentWhereItCannotWrite) {
   NEEDS_PRIVATE_ROOT();
   StartLog();

@@ -184,6 +184,19 @@ TEST_P(Dispatcher, PassesTheOpenResultOn) {
   EXPECT_EQ(RET_PUB_INVAL_PARAM, dev_.change(nullptr));
 }
 
+TEST_P(Dispatcher, OpensAPathThatFillsItsFieldWithoutAZero) {
+  const Pty pty;
+  QL_TRANSPORT_DESCRIPTION description = SerialPort("");
+  const std::string path =
+      std::string(sizeof description.szPath - pty.path().size(), '/') + pty.path();
+  std::memcpy(description.szPath, path.data(), sizeof description.szPath);
+  description.szBluetooth[0] = 'x';  // behind it
+
+  EXPECT_EQ(0, dev_.open(&description));
+
+  EXPECT_EQ(1U, DescriptorsOn(pty.path()).size());
+}
+
 TEST_P(Dispatcher, KeepsTheReadSettingsOnlyOfASuccessfulOpen) {
   Pty pty;
   QL_TRANSPORT_DESCRIPTION description = SerialPort(pty.path(), 3);
@@ -217,6 +230,30 @@ TEST_P(Dispatcher, GivesTheSecondReadWhatTheFirstLeft) {
 
   EXPECT_LT(0.9, taken);  // Three seconds may have touched four on the clock.
   EXPECT_GT(3.2, taken);
+}
+
+// A step of an hour either way neither spends nor fills the budget.
+TEST_P(Dispatcher, KeepsTheBudgetWhenTheWallClockIsStepped) {
+  static double s_step;
+  for (const double step : {-3600.0, 3600.0}) {
+    Pty pty;
+    QL_TRANSPORT_DESCRIPTION description = SerialPort(pty.path(), 5);
+    description.pEnd = [](const unsigned char*, int) {
+      stand_in_clock::StepWallClock(s_step);
+      return 0;
+    };
+    unsigned char reply[8] = {};
+    s_step = step;
+    ASSERT_EQ(0, dev_.open(&description));
+    ASSERT_EQ(0, dev_.read(reply, 8));
+    ASSERT_EQ(0, dev_.set_end(nullptr));
+    pty.HangUp();
+
+    const double taken = SecondsUntilTimeout();
+
+    EXPECT_LT(3.9, taken);  // The first read may have touched two seconds on the clock.
+    EXPECT_GT(6.2, taken);
+  }
 }
 
 TEST_P(Dispatcher, AllowsAboutASecondWhenTheBudgetIsSpent) {

@@ -432,6 +432,24 @@ TEST(SetAuxFd, DoesNotGiveOneLineTheSettingsOfAnother) {
   EXPECT_EQ(found, Text(other.Settings()));
 }
 
+// The system gives the number of a closed descriptor to the next one.
+TEST(SetAuxFd, DoesNotGiveALineTheSettingsOfAClosedOne) {
+  const Pty closed, other;
+  closed.SetSettings(OddSettings(closed));
+  ASSERT_EQ(0, COMM_Com_OpenLinux(closed.path().c_str(), 9600));
+  const int number = DescriptorsOn(closed.path()).at(0);
+  ASSERT_EQ(0, COMM_Com_CloseLinux());
+  ASSERT_EQ(number, open(other.path().c_str(), O_RDWR | O_NOCTTY));
+  const std::string found = Text(other.Settings());
+  ASSERT_EQ(0, SetAuxFd(number));
+
+  EXPECT_EQ(0, ResetAux());
+  EXPECT_EQ(found, Text(other.Settings()));
+
+  EXPECT_EQ(0, COMM_Com_CloseLinux());
+  EXPECT_EQ(found, Text(other.Settings()));
+}
+
 TEST(ClearReceiveBuffer, DiscardsInput) {
   const Pty pty;
   ASSERT_EQ(0, COMM_Com_OpenLinux(pty.path().c_str(), 9600));

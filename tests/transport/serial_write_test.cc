@@ -185,6 +185,28 @@ TEST_F(SerialWrite, GivesUpOnALineThatTakesNothing) {
   EXPECT_EQ(0, fcntl(fd(), F_GETFL) & O_NONBLOCK);
 }
 
+TEST_F(SerialWrite, GivesUpInTimeWhenTheWallClockIsSetBack) {
+  stand_in_clock::SetSpeed(20);
+  const double start = stand_in_clock::Seconds();
+  std::atomic<bool> done = false;
+  std::thread operator_at_the_clock([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    stand_in_clock::StepWallClock(-3600);
+    // Should the write still wait.
+    while (!done && stand_in_clock::Seconds() - start < 200) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    COMM_Com_CancelLinuxRead();
+  });
+
+  const int sent = Write(Pattern(kTooMuch));
+
+  EXPECT_GT(100, stand_in_clock::Seconds() - start);
+  done = true;
+  operator_at_the_clock.join();
+  EXPECT_GT(kTooMuch, sent);
+}
+
 TEST_F(SerialWrite, EndsWithinASecondOfACancel) {
   stand_in_clock::UseSystemClock();
   std::atomic<bool> done = false;
