@@ -216,16 +216,26 @@ void ExpectTheSameText(RecordKind kind, const Bytes& text, Parse parse) {
 }  // namespace
 
 // The text block is found by the mode alone.
-TEST(NativeDataParsers, GiveTheSameTextForEveryValueOfEveryLength) {
-  const Bytes china = CardOf(RecordKind::kChina);
-  const Bytes foreign = CardOf(RecordKind::kForeign);
-  const Bytes gat = CardOf(RecordKind::kGat);
-  ExpectTheSameText<PERSONINFO_CHA_FP>(RecordKind::kChina, china, GetPersonChinaInfo);
-  ExpectTheSameText<PERSONINFO_FOR_FP>(RecordKind::kForeign, foreign, GetPersonForeignInfo);
-  ExpectTheSameText<PERSONINFO_GAT_FP>(RecordKind::kGat, gat, GetPersonGATInfo);
+TEST(EveryNativeLength, GivesTheSameTextOfAResidentsCard) {
+  ExpectTheSameText<PERSONINFO_CHA_FP>(RecordKind::kChina, CardOf(RecordKind::kChina),
+                                       GetPersonChinaInfo);
+}
+
+TEST(EveryNativeLength, GivesTheSameTextOfAForeignersCard) {
+  ExpectTheSameText<PERSONINFO_FOR_FP>(RecordKind::kForeign, CardOf(RecordKind::kForeign),
+                                       GetPersonForeignInfo);
+}
+
+TEST(EveryNativeLength, GivesTheSameTextOfAPermit) {
+  ExpectTheSameText<PERSONINFO_GAT_FP>(RecordKind::kGat, CardOf(RecordKind::kGat),
+                                       GetPersonGATInfo);
+}
+
+TEST(EveryNativeLength, GivesTheSameTextOfAnyCard) {
   for (const int foreigner : {0, 1}) {
+    const RecordKind kind = foreigner == 0 ? RecordKind::kChina : RecordKind::kForeign;
     ExpectTheSameText<PERSONINFO_FP>(
-        RecordKind::kPerson, foreigner == 0 ? china : foreign,
+        RecordKind::kPerson, CardOf(kind),
         [=](int mode, const unsigned char* native, PERSONINFO_FP* record) {
           return GetPersonInfo(foreigner, mode, native, record);
         });
