@@ -1,9 +1,13 @@
 #include "support/clock.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 
 namespace {
+
+// The second of the last look at the time zone.
+std::atomic<std::time_t> s_nZoneSecond{-1};
 
 timespec Now(clockid_t clock) {
   timespec now = {};
@@ -24,6 +28,15 @@ std::int64_t MonotonicSeconds() { return Now(CLOCK_MONOTONIC).tv_sec; }
 timespec WallClock() { return Now(CLOCK_REALTIME); }
 
 std::int64_t WallMilliseconds() { return Milliseconds(WallClock()); }
+
+// localtime_r looks at the zone once in a process, and a terminal may run for months; a look for
+// each stamp would cost every log line a system call.
+tm LocalTime(std::time_t second) {
+  if (s_nZoneSecond.exchange(second, std::memory_order_relaxed) != second) tzset();
+  tm local = {};
+  localtime_r(&second, &local);
+  return local;
+}
 
 void Nap(std::int64_t milliseconds) { NapMicroseconds(milliseconds * 1000); }
 

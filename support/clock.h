@@ -15,6 +15,9 @@ std::int64_t MonotonicSeconds();
 timespec WallClock();
 std::int64_t WallMilliseconds();
 
+// Local time of a wall-clock second. A time zone that was set anew is seen in the next second.
+tm LocalTime(std::time_t second);
+
 // Sleep, signals or not. 0 and below return at once.
 void Nap(std::int64_t milliseconds);
 void NapMicroseconds(std::int64_t microseconds);

@@ -124,8 +124,7 @@ class Line {
 
 void AddTimeStamp(Line& line) {
   const timespec now = WallClock();
-  tm local = {};
-  localtime_r(&now.tv_sec, &local);
+  const tm local = LocalTime(now.tv_sec);
   line.AddDigits(local.tm_mon + 1, 2);
   line.AddDigits(local.tm_mday, 2);
   line.AddDigits(local.tm_hour, 2);

@@ -43,10 +43,17 @@ Patience::Patience(int stuck, std::int64_t in_all)
   end_ = now + in_all;
 }
 
-void Patience::SeeProgress() { stuck_end_ = MonotonicMilliseconds() + stuck_; }
+void Patience::SeeProgress() {
+  stuck_end_ = MonotonicMilliseconds() + stuck_;
+  was_stuck_ = false;
+}
 
 bool Patience::IsOver() {
-  return looks_left_-- <= 0 || MonotonicMilliseconds() > std::min(stuck_end_, end_);
+  const std::int64_t now = MonotonicMilliseconds();
+  const bool is_stuck = now > stuck_end_;
+  const bool is_over = looks_left_-- <= 0 || now > end_ || (is_stuck && was_stuck_);
+  was_stuck_ = is_stuck;
+  return is_over;
 }
 
 bool WaitForRoom(int fd, Patience& patience, const std::atomic<int>* cancel) {

@@ -20,12 +20,14 @@ class Patience {
   // Over after `stuck` milliseconds without progress and after `in_all` milliseconds.
   Patience(int stuck, std::int64_t in_all);
   void SeeProgress();
+  // Asked before each look at the terminal. A process that was held up gets one more.
   bool IsOver();
 
  private:
   int stuck_;
   std::int64_t stuck_end_;
   std::int64_t end_;
+  bool was_stuck_ = false;   // at the last look
   std::int64_t looks_left_;  // should the clock not be readable
 };
 

@@ -51,8 +51,7 @@ char* Time_GetLocalTime(const char* sep) {
   LOG_PUBLIC("[%s] Start ", __func__);
   if (sep == nullptr) sep = "";
   const timespec now = WallClock();
-  tm local = {};
-  localtime_r(&now.tv_sec, &local);
+  const tm local = LocalTime(now.tv_sec);
   std::snprintf(s_szLocalTime, sizeof s_szLocalTime, "%02d%s%02d%s%02d%s%02d%s%02d%s%02d%s%03d",
                 local.tm_year - 100, sep, local.tm_mon + 1, sep, local.tm_mday, sep, local.tm_hour,
                 sep, local.tm_min, sep, local.tm_sec, sep,

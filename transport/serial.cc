@@ -151,6 +151,10 @@ class NonBlocking {
 // The writes of QL_SendDataToTransPort. Returns the bytes written.
 int WriteAll(int fd, const unsigned char* data, int len) {
   const NonBlocking guard(fd);
+  // On purpose: a read of no bytes goes before every write. It, too, would wait for another program
+  // that reads from the same terminal.
+  unsigned char none = 0;
+  [[maybe_unused]] const ssize_t nothing = read(fd, &none, 0);
   // Bytes that were written before leave first.
   Patience patience = PatienceFor(std::int64_t{len} + QueuedOutput(fd));
   int sent = 0;
@@ -236,10 +240,6 @@ QL_API int COMM_Com_OpenLinux(const char* path, int baud) {
 QL_API int QL_SendDataToTransPort(const unsigned char* data, int len) {
   const int fd = g_AuxFd;
   if (fd < 0 || !data || len <= 0) return RET_PUB_INVAL_PARAM;
-
-  // On purpose: a read of no bytes goes before every write.
-  unsigned char none = 0;
-  [[maybe_unused]] const ssize_t nothing = read(fd, &none, 0);
 
   s_bCancelLinuxComRead = 0;
   s_bLinuxComIsWriting = 1;

@@ -51,6 +51,7 @@ const Import kImports[] = {
     {"nanosleep",     StandIn(Nanosleep),    kErrorOrSignal,     "EINVAL"},
     {"sleep",         StandIn(Sleep),        kInterrupted,       "seconds left"},
     {"localtime_r",   StandIn(LocaltimeR),   kError,             "EOVERFLOW"},
+    {"tzset",         nullptr,               kNone,              "keeps the time zone it had"},
     // cJSON
     {"cJSON_Parse",         StandIn(CjsonParse),         kError, "null"},
     {"cJSON_PrintBuffered", StandIn(CjsonPrintBuffered), kError, "null"},

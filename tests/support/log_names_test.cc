@@ -24,6 +24,16 @@ TEST(GetLogTime, FollowsTheTimeZone) {
   EXPECT_STREQ("0203120506007", GetLogTime());
 }
 
+TEST(GetLogTime, FollowsATimeZoneThatIsSetWhileItRuns) {
+  HoldStamp();
+  ASSERT_STREQ(kStamp, GetLogTime());
+
+  setenv("TZ", "CST-8", 1);
+  stand_in_clock::HoldWallClock(kStampSecond + 1, 0);
+
+  EXPECT_STREQ("0203120507000", GetLogTime());
+}
+
 TEST(GetLogTime, ReturnsOneBuffer) {
   HoldStamp();
   const char* const first = GetLogTime();

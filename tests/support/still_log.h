@@ -2,6 +2,7 @@
 #ifndef QUILLONID_TESTS_SUPPORT_STILL_LOG_H
 #define QUILLONID_TESTS_SUPPORT_STILL_LOG_H
 
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
@@ -10,11 +11,12 @@
 #include "tests/testing/stand_in_clock.h"
 
 inline constexpr char kStamp[] = "0203040506007";  // 3 February, 04:05:06.007
+constexpr std::int64_t kStampSecond = 981173106;   // 3 February 2001, 04:05:06 UTC
 
 // The library's clock stands at kStamp of 2001, in UTC or in the zone given.
 inline void HoldStamp(const char* zone = "UTC0") {
   setenv("TZ", zone, 1);
-  stand_in_clock::HoldWallClock(981173106, 7'999'999);
+  stand_in_clock::HoldWallClock(kStampSecond, 7'999'999);
 }
 
 inline void StartLog() {

@@ -104,6 +104,7 @@ TEST(Patience, EndsWithoutProgress) {
   stand_in_clock::Advance(0.4);
   EXPECT_FALSE(patience.IsOver());
   stand_in_clock::Advance(0.2);
+  EXPECT_FALSE(patience.IsOver());  // The process may have been held up.
   EXPECT_TRUE(patience.IsOver());
 }
 
@@ -130,6 +131,17 @@ TEST(WaitForRoom, GoesOnAsLongAsTheQueueGetsShorter) {
   EXPECT_TRUE(WaitForRoom(kTerminal, patience, nullptr));
 
   EXPECT_GT(256, s_queued);
+}
+
+TEST(WaitForRoom, LooksOnceMoreInAProcessThatWasHeldUp) {
+  s_poll = [](int) { return 1; };
+  Patience patience(500, 10'000);
+  stand_in_clock::Advance(0.6);
+
+  EXPECT_TRUE(WaitForRoom(kTerminal, patience, nullptr));
+  EXPECT_FALSE(WaitForRoom(kTerminal, patience, nullptr));
+
+  EXPECT_EQ(1, s_polls);
 }
 
 TEST(WaitForRoom, EndsWhereTheQueueStays) {

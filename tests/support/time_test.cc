@@ -64,6 +64,16 @@ TEST(TimeGetLocalTime, FollowsTheTimeZone) {
   EXPECT_STREQ("010203120506000", Time_GetLocalTime(nullptr));
 }
 
+TEST(TimeGetLocalTime, FollowsATimeZoneThatIsSetWhileItRuns) {
+  HoldTime();
+  ASSERT_STREQ("010203040506007", Time_GetLocalTime(nullptr));
+
+  setenv("TZ", "CST-8", 1);
+  stand_in_clock::HoldWallClock(kSeconds + 1, 0);
+
+  EXPECT_STREQ("010203120507000", Time_GetLocalTime(nullptr));
+}
+
 TEST(TimeGetLocalTime, ReturnsOneBuffer) {
   HoldTime();
   const char* const first = Time_GetLocalTime(nullptr);

@@ -161,6 +161,31 @@ TEST_F(SerialWrite, GoesOnAfterASignal) {
   EXPECT_EQ("abcdef", pty_.Receive(6));
 }
 
+// As a login program does that was left on the port.
+TEST_F(SerialWrite, DoesNotWaitForAnotherProgramThatReads) {
+  ASSERT_EQ(0, COMM_Com_CloseLinux());
+  termios settings = pty_.Settings();
+  cfmakeraw(&settings);  // A read waits for a byte.
+  pty_.SetSettings(settings);
+  const int other = open(pty_.path().c_str(), O_RDWR | O_NOCTTY);
+  std::atomic<bool> done = false;
+  std::thread reader([&] {
+    char byte = 0;
+    EXPECT_EQ(1, read(other, &byte, 1));
+    done = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));  // It waits by now.
+  ASSERT_EQ(0, COMM_Com_OpenLinux(pty_.path().c_str(), 115200));
+
+  EXPECT_EQ(3, Write("abc"));
+
+  EXPECT_FALSE(done);
+  EXPECT_EQ("abc", pty_.Receive(3));
+  pty_.Send("x");
+  reader.join();
+  close(other);
+}
+
 TEST_F(SerialWrite, EndsWhenNothingIsTakenTwiceInARow) {
   system_calls::Watch(fd());
   system_calls::ScriptWrites({
@@ -255,6 +280,7 @@ TEST_F(SerialWrite, DoesNotSpinOnALineThatOnlySeemsToHaveRoom) {
 
 // Each byte in time to show progress: ten of them would take 49 seconds.
 TEST_F(SerialWrite, GivesUpOnALineThatTakesAByteNowAndThen) {
+  stand_in_clock::SetSpeed(0);  // It counts naps alone.
   std::deque<system_calls::Answer> answers;
   for (int byte = 0; byte < 10; ++byte) {
     answers.insert(answers.end(), 490, {-1, EAGAIN});  // a hundredth of a second each
@@ -272,6 +298,7 @@ TEST_F(SerialWrite, GivesUpOnALineThatTakesAByteNowAndThen) {
 
 // A driver has room when most of its queue has left: 4,096 bytes last 137 s at 300 bit/s.
 TEST_F(SerialWrite, WaitsWhileWhatWasWrittenBeforeLeaves) {
+  stand_in_clock::SetSpeed(0);  // It counts naps alone.
   std::deque<int> queue;
   for (int left = 4096; left > 0; left -= 100) queue.insert(queue.end(), 300, left);
   system_calls::Watch(fd());
@@ -288,6 +315,7 @@ TEST_F(SerialWrite, WaitsWhileWhatWasWrittenBeforeLeaves) {
 
 // A byte lasts 33 ms at 300 bit/s, the slowest speed.
 TEST_F(SerialWrite, WaitsForALineThatIsSlow) {
+  stand_in_clock::SetSpeed(0);  // It counts naps alone.
   std::deque<system_calls::Answer> answers;
   for (int byte = 0; byte < 300; ++byte) {
     answers.insert(answers.end(), 3, {-1, EAGAIN});
