@@ -22,8 +22,13 @@ constexpr std::size_t kMostShown = 8;  // problems of one scenario
 // of them. Of those every seventh is tried; QL_EVERY_POSITION in the environment has all tried.
 constexpr std::size_t kManyCalls = 1000;
 constexpr std::size_t kLogCallStep = 7;
-// Under Valgrind and emulation, where a run takes many times as long, every eleventh call is tried.
+// Under Valgrind and emulation, where a run takes many times as long, every eleventh call is tried;
+// with sanitizers in an emulator every 37th.
+#if defined(QL_EMULATED) && defined(__SANITIZE_ADDRESS__)
+constexpr std::size_t kStepWhereSlow = 37;
+#else
 constexpr std::size_t kStepWhereSlow = 11;
+#endif
 
 class FailingCall : public testing::TestWithParam<Scenario> {};
 
