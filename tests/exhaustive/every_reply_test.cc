@@ -15,9 +15,6 @@ namespace {
 
 constexpr std::size_t kHeadSize = 5;  // the preamble, which no check byte covers
 
-// From one fault to the next: every one is tried, but under valgrind, where that takes long.
-std::size_t Step() { return UnderValgrind() ? 37 : 1; }
-
 // A reply of `size` bytes with the length and check byte that it should have.
 std::string Reply(std::size_t size) {
   std::string reply(size, '\0');
@@ -75,7 +72,7 @@ void TryEveryCut(int finger, std::size_t size) {
   const std::string whole = Reply(size);
   ASSERT_EQ(0, ReadCard(path, finger, whole).result);
 
-  for (std::size_t cut = 0; cut < size; cut += Step()) {
+  for (std::size_t cut = 0; cut < size; cut += StepThroughEverything()) {
     SCOPED_TRACE(cut);
     ExpectTimeOut(ReadCard(path, finger, whole.substr(0, cut)), whole);
     if (testing::Test::HasFatalFailure()) return;
@@ -97,7 +94,7 @@ TEST(EverySingleBit, IsFoundBehindThePreamble) {
   const std::string whole = Reply(1295);
   ASSERT_EQ(0, ReadCard(path, 0, whole).result);
 
-  for (std::size_t bit = 8 * kHeadSize; bit < 8 * whole.size(); bit += Step()) {
+  for (std::size_t bit = 8 * kHeadSize; bit < 8 * whole.size(); bit += StepThroughEverything()) {
     SCOPED_TRACE(bit);
     std::string faulty = whole;
     faulty[bit / 8] = static_cast<char>(faulty[bit / 8] ^ (1 << bit % 8));

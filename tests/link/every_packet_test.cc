@@ -85,7 +85,7 @@ class Frame {
 class EveryLengthField : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(EveryLengthField, IsTakenOrRefusedWithEveryBody) {
-  const unsigned step = UnderValgrind() ? 37 : 1;  // or each takes a minute there
+  const unsigned step = StepThroughEverything();
   for (std::size_t size = 1 + GetParam(); size <= kLargestBody; size += kPrograms) {
     Frame frame(size);
     for (unsigned length = 0; length < 65536; length += step) {

@@ -18,4 +18,14 @@ inline bool RunsSlowly() {
 #endif
 }
 
+// From one input of a run that tries everything to the next: each is tried but under Valgrind and,
+// with sanitizers, in an emulator, where that takes long.
+inline unsigned StepThroughEverything() {
+#if defined(QL_EMULATED) && defined(__SANITIZE_ADDRESS__)
+  return 37;
+#else
+  return UnderValgrind() ? 37 : 1;
+#endif
+}
+
 #endif
