@@ -108,11 +108,10 @@ class Canceller {
       const Clock::time_point first = Clock::now();
       bool in_pause = stand_in_clock::IsSleeping();
       if (!ended_) APP_ID_CancelRead();
-      // The read may just have seen that there was no cancel, and begin its pause.
-      std::this_thread::sleep_for(milliseconds(1));
-      in_pause |= stand_in_clock::IsSleeping();
       while (!ended_) {
         std::this_thread::sleep_for(milliseconds(kAgain));
+        // Begun meanwhile, or behind a command that took the cancel back.
+        in_pause |= stand_in_clock::IsSleeping();
         APP_ID_CancelRead();
       }
       guard.lock();
